@@ -1,0 +1,1 @@
+#include "Models/Server.h"
