@@ -6,21 +6,21 @@
 
 using namespace Qt::StringLiterals;
 
-namespace Log {
+namespace Log
+{
 
-namespace {
+namespace
+{
 
-constexpr std::array kCategoryNames{"General"_L1,   "SSH"_L1,        "Terminal"_L1,   "Files"_L1,
-                                    "Network"_L1,   "UI"_L1,         "Auth"_L1,       "Docker"_L1,
-                                    "Services"_L1,  "Processes"_L1,  "Packages"_L1,   "Connection"_L1,
-                                    "Performance"_L1};
+constexpr std::array kCategoryNames{"General"_L1,  "SSH"_L1,        "Terminal"_L1,   "Files"_L1,    "Network"_L1,
+                                    "UI"_L1,       "Auth"_L1,       "Docker"_L1,     "Services"_L1, "Processes"_L1,
+                                    "Packages"_L1, "Connection"_L1, "Performance"_L1};
 constexpr std::array kLevelNames{"VERBOSE"_L1, "DEBUG"_L1, "INFO"_L1, "WARNING"_L1, "ERROR"_L1};
 
 bool isWanted(Level level, Category category)
 {
     const Settings &now = settings();
-    return level >= now.minimumLevel
-        && (now.allowedCategories.isEmpty() || now.allowedCategories.contains(category));
+    return level >= now.minimumLevel && (now.allowedCategories.isEmpty() || now.allowedCategories.contains(category));
 }
 
 // A message may quote what a server sent: nothing of it may steer the operator's terminal or forge a line.

@@ -8,7 +8,8 @@
 /// In a release build every function here is empty: no message reaches any sink.
 ///
 /// Secrets never come here. Whoever logs an argument vector logs it as it is, since no secret is ever put into one.
-namespace Log {
+namespace Log
+{
 
 enum class Level { Verbose = 0, Debug = 1, Info = 2, Warning = 3, Error = 4 };
 

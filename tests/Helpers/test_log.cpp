@@ -4,7 +4,8 @@
 
 using namespace Qt::StringLiterals;
 
-class TestLog : public QObject {
+class TestLog : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
@@ -15,15 +16,15 @@ private Q_SLOTS:
 void TestLog::aLineNamesLevelAndCategory()
 {
     Log::settings().includeTimestamp = false;
-    QCOMPARE(Log::format(Log::Level::Warning, Log::Category::FileOperations, u"gone"_s,
-                         std::source_location::current()),
-             u"[WARNING] [Files] gone"_s);
+    QCOMPARE(
+        Log::format(Log::Level::Warning, Log::Category::FileOperations, u"gone"_s, std::source_location::current()),
+        u"[WARNING] [Files] gone"_s);
 }
 
 void TestLog::controlCharactersCannotForgeALine()
 {
-    const QString line = Log::format(Log::Level::Info, Log::Category::Ssh, u"a\n[ERROR] b\x1b[2J"_s,
-                                     std::source_location::current());
+    const QString line =
+        Log::format(Log::Level::Info, Log::Category::Ssh, u"a\n[ERROR] b\x1b[2J"_s, std::source_location::current());
     QVERIFY(!line.contains(u'\n'));
     QVERIFY(!line.contains(QChar(0x1b)));
 }
