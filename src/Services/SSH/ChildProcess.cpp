@@ -1,1 +1,0 @@
-#include "Services/SSH/ChildProcess.h"
