@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Models/Server.h"
+#include "Services/Children/ChildProcess.h"
+
+#include <QString>
+#include <QStringList>
+
+/// What one login with an echo told.
+struct SSHTestResult {
+    bool success = false; ///< exit status 0 and the marker in the output
+    QString error;        ///< the client's standard error, or why it did not start
+    bool isHostKeyError = false;
+    bool isNewHostKeyError = false;     ///< no key of this host is known
+    bool isChangedHostKeyError = false; ///< another key is known
+    bool isPassphraseError = false;     ///< the private key is locked
+
+    bool operator==(const SSHTestResult &) const = default;
+};
+
+namespace ConnectionTest
+{
+
+/// The shell line of the test.
+QString command();
+
+/// Sorts an ended run by the client's known phrases.
+SSHTestResult classify(const ChildOutcome &outcome, AuthMethod method);
+
+/// `arguments` without the options that say how host keys are checked.
+QStringList withoutHostKeyOptions(const QStringList &arguments);
+
+/// `arguments` with `options` (each becoming `-o` and itself) before the destination.
+QStringList withOptionsBeforeDestination(QStringList arguments, const QStringList &options);
+
+} // namespace ConnectionTest
