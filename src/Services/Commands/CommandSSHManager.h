@@ -1,0 +1,104 @@
+#pragma once
+
+#include "Services/Commands/SSHCommandExecutor.h"
+#include "Services/SSH/BaseSSHManager.h"
+#include "Services/SSH/SystemSSHConnection.h"
+
+#include <QHash>
+#include <concepts>
+#include <memory>
+
+class SSHConnectionPool;
+
+/// What a probe for sudo without a password told.
+struct PasswordlessSudo {
+    bool available = false;
+    bool connectionSucceeded = false;
+
+    bool operator==(const PasswordlessSudo &) const = default;
+};
+
+/// The one object through which screens reach servers. A connection is a logical state: `connect` proves that the
+/// server answers, and every later command starts a client of its own with the secrets kept for the session.
+class CommandSSHManager : public BaseSSHManager
+{
+    Q_OBJECT
+
+public:
+    /// Makes the connection object of one command.
+    using ConnectionFactory = std::function<std::shared_ptr<SSHConnection>(
+        const Server &server, const std::optional<QString> &password, const std::optional<QString> &passphrase)>;
+
+    /// `makeConnection` is another one than SystemSSHConnection's only in tests.
+    CommandSSHManager(const Dependencies &dependencies, SSHConnectionPool &pool,
+                      ConnectionFactory makeConnection = {});
+
+    bool isConnecting() const { return m_isConnecting; }
+
+    /// The last failure in words for the operator.
+    std::optional<QString> connectionError() const { return m_connectionError; }
+
+    SSHCommandExecutor &commandExecutor() { return m_commandExecutor; }
+
+    /// Proves that the server answers and keeps the given secrets for the session. On failure the secret that was
+    /// tried is forgotten and `connectionError` says what to do, except for agent servers. Touches no record.
+    QCoro::Task<bool> connect(Server to, std::optional<QString> password = std::nullopt,
+                              std::optional<QString> passphrase = std::nullopt,
+                              ServerRefresh serverRefreshCallback = {});
+
+    /// Forgets the session with the server: its pooled connection, its password and what was learnt of it. A typed
+    /// pass phrase stays known until the program ends.
+    void disconnect(const Server &from);
+
+    /// For a server whose record has changed: following commands see the new settings at once.
+    void invalidateServerCache(const Server &server);
+
+    /// Drops connection objects older than 300 s.
+    void cleanupExpiredConnections();
+
+    /// Asks the server once a session whether sudo needs a password.
+    QCoro::Task<PasswordlessSudo> checkPasswordlessSudo(Server server);
+
+    /// Runs a complete line as it stands. `timeout` in seconds; absent means no limit.
+    QCoro::Task<CommandResult> executeRawCommand(QString command, Server on, std::optional<double> timeout);
+
+    /// Runs a line, with "sudo " before it if asked: the prefix applies to the line's first simple command only.
+    QCoro::Task<CommandResult> executeCommand(QString command, Server on, bool useSudo,
+                                              std::optional<double> timeout = std::nullopt);
+
+    /// The entry that screens call.
+    QCoro::Task<CommandExecutionResult> executeSSHCommand(std::shared_ptr<const SSHCommand> command, Server on);
+
+    template<std::derived_from<SSHCommand> Command>
+    QCoro::Task<CommandExecutionResult> executeSSHCommand(Command command, Server on)
+    {
+        return executeSSHCommand(std::shared_ptr<const SSHCommand>(std::make_shared<Command>(std::move(command))),
+                                 std::move(on));
+    }
+
+    QCoro::Task<CommandExecutionResult> getSystemInfoUsingCommands(Server server);
+    QCoro::Task<CommandExecutionResult> getStorageDevicesUsingCommands(Server server);
+
+Q_SIGNALS:
+    void isConnectingChanged(bool isConnecting);
+    void connectionErrorChanged();
+
+private:
+    void setConnecting(bool isConnecting);
+    void setConnectionError(std::optional<QString> error);
+    QCoro::Task<void> explainFailure(Server server);
+    QCoro::Task<std::shared_ptr<SSHConnection>> makeConnection(Server server);
+
+    // No operation inserts into the first two: a connection object lives as long as its command. Their readers stand
+    // for a connection that is worth keeping.
+    QHash<QUuid, std::shared_ptr<SSHConnection>> m_activeConnections;
+    QHash<QUuid, QDateTime> m_connectionCreationTimes;
+    QHash<QUuid, Server> m_serverOverrides; // the most recent copy of a record, which wins over a screen's
+    QHash<QUuid, bool> m_passwordlessSudoCache;
+
+    SSHConnectionPool &m_pool;
+    ConnectionFactory m_makeConnection;
+    SSHCommandExecutor m_commandExecutor;
+    bool m_isConnecting = false;
+    std::optional<QString> m_connectionError;
+};
