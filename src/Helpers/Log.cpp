@@ -74,17 +74,22 @@ QString format(Level level, Category category, const QString &message, const std
     return line + withoutControls(message);
 }
 
+QString withDescription(const QString &message, const QString &description)
+{
+    return message.isEmpty() ? description : message + u": "_s + description;
+}
+
+QString tookText(const QString &label, double seconds)
+{
+    return u"%1 - took %2s"_s.arg(label, QString::number(seconds, 'f', 3));
+}
+
 void write(Level level, Category category, const QString &message, const std::source_location &where)
 {
     if (isWanted(level, category)) {
         const QByteArray line = format(level, category, message, where).toUtf8() + '\n';
         std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
     }
-}
-
-void performance(const QString &label, double seconds, const std::source_location &where)
-{
-    log(Level::Debug, u"%1 - took %2s"_s.arg(label, QString::number(seconds, 'f', 3)), Category::Performance, where);
 }
 
 } // namespace Log

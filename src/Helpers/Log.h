@@ -2,7 +2,9 @@
 
 #include <QSet>
 #include <QString>
+#include <exception>
 #include <source_location>
+#include <system_error>
 
 /// Diagnostics of debug builds, written to standard error as one line a message: time, level, category, text.
 /// In a release build every function here is empty: no message reaches any sink.
@@ -55,6 +57,10 @@ inline constexpr bool kEnabled = true;
 /// The line that a message becomes, without its line end; control characters are shown as escapes.
 QString format(Level level, Category category, const QString &message, const std::source_location &where);
 
+/// The texts of error() for an error value and of performance().
+QString withDescription(const QString &message, const QString &description);
+QString tookText(const QString &label, double seconds);
+
 void write(Level level, Category category, const QString &message, const std::source_location &where);
 
 inline void log(Level level, const QString &message, Category category, const std::source_location &where)
@@ -94,8 +100,47 @@ inline void error(const QString &message, Category category = Category::General,
     log(Level::Error, message, category, where);
 }
 
+/// An error value as "message: description", or its description alone.
+inline void error(const std::exception &error, const QString &message = {}, Category category = Category::General,
+                  const std::source_location &where = std::source_location::current())
+{
+    if constexpr (kEnabled) {
+        write(Level::Error, category, withDescription(message, QString::fromUtf8(error.what())), where);
+    }
+}
+
+inline void error(const std::error_code &error, const QString &message = {}, Category category = Category::General,
+                  const std::source_location &where = std::source_location::current())
+{
+    if constexpr (kEnabled) {
+        write(Level::Error, category, withDescription(message, QString::fromStdString(error.message())), where);
+    }
+}
+
+/// The name of the calling function, as it is entered and left.
+inline void functionEntry(const std::source_location &where = std::source_location::current())
+{
+    if constexpr (kEnabled) {
+        write(Level::Verbose, Category::General, QLatin1StringView("-> ") + QString::fromUtf8(where.function_name()),
+              where);
+    }
+}
+
+inline void functionExit(const std::source_location &where = std::source_location::current())
+{
+    if constexpr (kEnabled) {
+        write(Level::Verbose, Category::General, QLatin1StringView("<- ") + QString::fromUtf8(where.function_name()),
+              where);
+    }
+}
+
 /// "label - took 0.123s", in the category Performance. `seconds` is wall time.
-void performance(const QString &label, double seconds,
-                 const std::source_location &where = std::source_location::current());
+inline void performance(const QString &label, double seconds,
+                        const std::source_location &where = std::source_location::current())
+{
+    if constexpr (kEnabled) {
+        write(Level::Debug, Category::Performance, tookText(label, seconds), where);
+    }
+}
 
 } // namespace Log
