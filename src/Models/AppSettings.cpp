@@ -7,7 +7,8 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
+namespace
+{
 
 constexpr auto kLaunchAtLogin = "launchAtLogin"_L1;
 constexpr auto kAutomaticUpdates = "automaticUpdates"_L1;
@@ -116,7 +117,7 @@ void AppSettings::setAutomaticUpdates(bool value)
 void AppSettings::setAppearanceMode(AppearanceMode value)
 {
     if (std::exchange(m_appearanceMode, value) != value) {
-        m_defaults.setText(kAppearanceMode, rawText(value));
+        m_defaults.setText(kAppearanceMode, rawText(value).toString());
         Q_EMIT appearanceModeChanged(value);
     }
 }
@@ -182,7 +183,7 @@ void AppSettings::setTerminalFontSize(int points)
 void AppSettings::setTerminalColorScheme(TerminalColorScheme value)
 {
     if (std::exchange(m_terminalColorScheme, value) != value) {
-        m_defaults.setText(kTerminalColorScheme, rawText(value));
+        m_defaults.setText(kTerminalColorScheme, rawText(value).toString());
         Q_EMIT terminalColorSchemeChanged(value);
     }
 }

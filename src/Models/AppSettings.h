@@ -13,19 +13,18 @@ enum class TerminalColorScheme { Default, Dark, Light, SolarizedDark, SolarizedL
 
 template<>
 struct RawTexts<AppearanceMode> {
-    static constexpr std::array all{std::pair{AppearanceMode::System, QLatin1StringView("system")},
-                                    std::pair{AppearanceMode::Light, QLatin1StringView("light")},
-                                    std::pair{AppearanceMode::Dark, QLatin1StringView("dark")}};
+    static constexpr std::array all{std::pair{AppearanceMode::System, QStringView(u"system")},
+                                    std::pair{AppearanceMode::Light, QStringView(u"light")},
+                                    std::pair{AppearanceMode::Dark, QStringView(u"dark")}};
 };
 
 template<>
 struct RawTexts<TerminalColorScheme> {
-    static constexpr std::array all{
-        std::pair{TerminalColorScheme::Default, QLatin1StringView("default")},
-        std::pair{TerminalColorScheme::Dark, QLatin1StringView("dark")},
-        std::pair{TerminalColorScheme::Light, QLatin1StringView("light")},
-        std::pair{TerminalColorScheme::SolarizedDark, QLatin1StringView("solarized_dark")},
-        std::pair{TerminalColorScheme::SolarizedLight, QLatin1StringView("solarized_light")}};
+    static constexpr std::array all{std::pair{TerminalColorScheme::Default, QStringView(u"default")},
+                                    std::pair{TerminalColorScheme::Dark, QStringView(u"dark")},
+                                    std::pair{TerminalColorScheme::Light, QStringView(u"light")},
+                                    std::pair{TerminalColorScheme::SolarizedDark, QStringView(u"solarized_dark")},
+                                    std::pair{TerminalColorScheme::SolarizedLight, QStringView(u"solarized_light")}};
 };
 
 /// The name under which a choice is offered, for instance "Solarized Dark".
@@ -35,7 +34,8 @@ QString displayName(TerminalColorScheme scheme);
 /// The operator's preferences. Each is read from the defaults once, at construction, where an absent value or one of
 /// another type gives the preference's default; each setter stores a changed value at once and then tells it.
 /// What a change causes (the login item, the appearance, closing pooled connections) is done by who listens.
-class AppSettings : public QObject {
+class AppSettings : public QObject
+{
     Q_OBJECT
 
 public:

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QLatin1StringView>
 #include <QList>
 #include <QStringView>
 #include <array>
@@ -17,7 +16,7 @@ concept HasRawText = requires { RawTexts<Enum>::all.size(); };
 
 /// The text that stands for `value` in storage; empty for a number that is no case.
 template<HasRawText Enum>
-constexpr QLatin1StringView rawText(Enum value)
+constexpr QStringView rawText(Enum value)
 {
     for (const auto &[known, text] : RawTexts<Enum>::all) {
         if (known == value) {

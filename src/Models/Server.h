@@ -19,22 +19,22 @@ enum class PackageManager { Apt, Dnf, Unknown };
 
 template<>
 struct RawTexts<AuthMethod> {
-    static constexpr std::array all{std::pair{AuthMethod::Password, QLatin1StringView("password")},
-                                    std::pair{AuthMethod::PublicKey, QLatin1StringView("publicKey")},
-                                    std::pair{AuthMethod::SshAgent, QLatin1StringView("sshAgent")}};
+    static constexpr std::array all{std::pair{AuthMethod::Password, QStringView(u"password")},
+                                    std::pair{AuthMethod::PublicKey, QStringView(u"publicKey")},
+                                    std::pair{AuthMethod::SshAgent, QStringView(u"sshAgent")}};
 };
 
 template<>
 struct RawTexts<ContainerRuntime> {
-    static constexpr std::array all{std::pair{ContainerRuntime::Docker, QLatin1StringView("docker")},
-                                    std::pair{ContainerRuntime::Podman, QLatin1StringView("podman")}};
+    static constexpr std::array all{std::pair{ContainerRuntime::Docker, QStringView(u"docker")},
+                                    std::pair{ContainerRuntime::Podman, QStringView(u"podman")}};
 };
 
 template<>
 struct RawTexts<PackageManager> {
-    static constexpr std::array all{std::pair{PackageManager::Apt, QLatin1StringView("apt")},
-                                    std::pair{PackageManager::Dnf, QLatin1StringView("dnf")},
-                                    std::pair{PackageManager::Unknown, QLatin1StringView("unknown")}};
+    static constexpr std::array all{std::pair{PackageManager::Apt, QStringView(u"apt")},
+                                    std::pair{PackageManager::Dnf, QStringView(u"dnf")},
+                                    std::pair{PackageManager::Unknown, QStringView(u"unknown")}};
 };
 
 /// One managed server, as the operator entered it, with what was last learnt from it.
@@ -46,8 +46,8 @@ struct Server {
     int port = 22;
     QString username;
     AuthMethod authMethod = AuthMethod::Password;
-    std::optional<QString> privateKeyPath; ///< for AuthMethod::PublicKey
-    bool isConnected = false; ///< the session manager's last verdict
+    std::optional<QString> privateKeyPath;  ///< for AuthMethod::PublicKey
+    bool isConnected = false;               ///< the session manager's last verdict
     std::optional<QDateTime> lastConnected; ///< UTC
     std::optional<SystemInfo> systemInfo;
     QMap<QString, QString> labels;
@@ -59,3 +59,4 @@ struct Server {
     bool operator==(const Server &) const = default;
 };
 
+size_t qHash(const Server &record, size_t seed = 0);

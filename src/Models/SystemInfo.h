@@ -20,7 +20,7 @@ struct DiskInfo {
 /// One block device as `lsblk --json` prints it (util-linux 2.37 or newer, which knows "mountpoints").
 struct StorageDevice {
     QString name;
-    QString majorMinor; ///< JSON key "maj:min"
+    QString majorMinor;     ///< JSON key "maj:min"
     bool removable = false; ///< JSON key "rm"
     QString size;
     bool readonly = false; ///< JSON key "ro"
@@ -54,3 +54,7 @@ struct SystemInfo {
     bool operator==(const SystemInfo &) const = default;
 };
 
+size_t qHash(const DiskInfo &record, size_t seed = 0);
+size_t qHash(const StorageDevice &record, size_t seed = 0);
+size_t qHash(const StorageDeviceList &record, size_t seed = 0);
+size_t qHash(const SystemInfo &record, size_t seed = 0);

@@ -9,7 +9,8 @@
 using namespace Qt::StringLiterals;
 using nlohmann::ordered_json;
 
-class UserDefaults::File {
+class UserDefaults::File
+{
 public:
     QString directory;
     ordered_json values = ordered_json::object();
@@ -100,8 +101,8 @@ std::optional<QString> UserDefaults::text(const QString &key) const
 std::optional<QByteArray> UserDefaults::data(const QString &key) const
 {
     const ordered_json *value = m_file->find(key);
-    if (!value || !value->is_object() || value->size() != 1 || !value->contains("data")
-        || !value->at("data").is_string()) {
+    if (!value || !value->is_object() || value->size() != 1 || !value->contains("data") ||
+        !value->at("data").is_string()) {
         return std::nullopt;
     }
     return QByteArray::fromBase64(QByteArray::fromStdString(value->at("data").get_ref<const std::string &>()));

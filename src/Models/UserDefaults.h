@@ -9,13 +9,14 @@
 
 /// A typed key and value store on one file, "defaults.json" in a directory of its own.
 ///
-/// The file is a JSON object with its keys in the order of first writing. Integers, booleans and texts are JSON's own;
-/// bytes are {"data":"<base64, RFC 4648 section 4>"}. Whatever else stands in it is kept as it is.
+/// The file is a JSON object with its keys in the order of first writing. Integers, booleans and texts are JSON's
+/// own; bytes are {"data":"<base64, RFC 4648 section 4>"}. Whatever else stands in it is kept as it is.
 ///
 /// Each change is written at once: to a new file that is flushed and then takes the old one's place, so that a crash
-/// or a full disk leaves the old file whole. A failed write keeps the value in memory and the next change tries again.
-/// Lives on the main thread.
-class UserDefaults : public QObject {
+/// or a full disk leaves the old file whole. A failed write keeps the value in memory and the next change tries
+/// again. Lives on the main thread.
+class UserDefaults : public QObject
+{
     Q_OBJECT
 
 public:
