@@ -117,7 +117,7 @@ void AppSettings::setAutomaticUpdates(bool value)
 void AppSettings::setAppearanceMode(AppearanceMode value)
 {
     if (std::exchange(m_appearanceMode, value) != value) {
-        m_defaults.setText(kAppearanceMode, rawText(value).toString());
+        m_defaults.setText(kAppearanceMode, rawText(value));
         Q_EMIT appearanceModeChanged(value);
     }
 }
@@ -183,7 +183,7 @@ void AppSettings::setTerminalFontSize(int points)
 void AppSettings::setTerminalColorScheme(TerminalColorScheme value)
 {
     if (std::exchange(m_terminalColorScheme, value) != value) {
-        m_defaults.setText(kTerminalColorScheme, rawText(value).toString());
+        m_defaults.setText(kTerminalColorScheme, rawText(value));
         Q_EMIT terminalColorSchemeChanged(value);
     }
 }

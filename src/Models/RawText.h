@@ -1,13 +1,14 @@
 #pragma once
 
 #include <QList>
+#include <QString>
 #include <QStringView>
 #include <array>
 #include <optional>
 #include <utility>
 
 /// Enumerations that are stored and shown as text. Each one specialises RawTexts with a constexpr array of
-/// (case, text), in the order in which its cases are listed.
+/// (case, QStringView of a literal), in the order in which its cases are listed.
 template<class Enum>
 struct RawTexts;
 
@@ -16,11 +17,11 @@ concept HasRawText = requires { RawTexts<Enum>::all.size(); };
 
 /// The text that stands for `value` in storage; empty for a number that is no case.
 template<HasRawText Enum>
-constexpr QStringView rawText(Enum value)
+QString rawText(Enum value)
 {
     for (const auto &[known, text] : RawTexts<Enum>::all) {
         if (known == value) {
-            return text;
+            return QString::fromRawData(text.data(), text.size()); // refers to the literal in the table
         }
     }
     return {};

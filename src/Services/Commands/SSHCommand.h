@@ -17,16 +17,16 @@ enum class CommandCategory { System, Processes, Services, Files, Docker, Network
 
 template<>
 struct RawTexts<CommandCategory> {
-    static constexpr std::array all{std::pair{CommandCategory::System, QLatin1StringView("System")},
-                                    std::pair{CommandCategory::Processes, QLatin1StringView("Processes")},
-                                    std::pair{CommandCategory::Services, QLatin1StringView("Services")},
-                                    std::pair{CommandCategory::Files, QLatin1StringView("Files")},
-                                    std::pair{CommandCategory::Docker, QLatin1StringView("Docker")},
-                                    std::pair{CommandCategory::Network, QLatin1StringView("Network")},
-                                    std::pair{CommandCategory::Users, QLatin1StringView("Users")},
-                                    std::pair{CommandCategory::Packages, QLatin1StringView("Packages")},
-                                    std::pair{CommandCategory::Cron, QLatin1StringView("Cron")},
-                                    std::pair{CommandCategory::Custom, QLatin1StringView("Custom")}};
+    static constexpr std::array all{std::pair{CommandCategory::System, QStringView(u"System")},
+                                    std::pair{CommandCategory::Processes, QStringView(u"Processes")},
+                                    std::pair{CommandCategory::Services, QStringView(u"Services")},
+                                    std::pair{CommandCategory::Files, QStringView(u"Files")},
+                                    std::pair{CommandCategory::Docker, QStringView(u"Docker")},
+                                    std::pair{CommandCategory::Network, QStringView(u"Network")},
+                                    std::pair{CommandCategory::Users, QStringView(u"Users")},
+                                    std::pair{CommandCategory::Packages, QStringView(u"Packages")},
+                                    std::pair{CommandCategory::Cron, QStringView(u"Cron")},
+                                    std::pair{CommandCategory::Custom, QStringView(u"Custom")}};
 };
 
 /// One remote operation: the shell text, and what the system needs to know around it.
