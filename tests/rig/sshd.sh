@@ -188,22 +188,25 @@ watch() {
     if [ -e "$dir" ]; then down; else signal KILL $(tree "$3") && remove_accounts "${@:4}"; fi
 }
 
-# Every process of the daemon, its sessions and what they run. They all hold the log open, so those whose daemon has
-# died are found as well.
+# Every process of the daemon, its sessions and what they run. Those whose daemon has died still hold the log open;
+# what a session left running in the background still has the daemon's address in its environment.
 everything() {
-    local holder
-    for holder in $(find /proc/[0-9]*/fd -maxdepth 1 -lname "$dir/log" 2>/dev/null | cut -d/ -f3 | sort -nu); do
-        tree "$holder"
-    done
+    local process
+    {
+        find /proc/[0-9]*/fd -maxdepth 1 -lname "$dir/log" 2>/dev/null || true
+        grep -lzsE "^SSH_CONNECTION=127\.0\.0\.1 [0-9]+ 127\.0\.0\.1 $port\$" /proc/[0-9]*/environ || true
+    } | cut -d/ -f3 | sort -nu | while read -r process; do tree "$process"; done
 }
 
 down() {
     is_ours "$dir" || die "$dir is not ours"
-    local watcher
+    local watcher port
+    port=$(sed -n 's/^Port //p' "$dir/sshd_config" 2>/dev/null) || true
     # shellcheck disable=SC2046  # process ids
     signal KILL $(everything) $(recalled "$dir/agent.pid")
     watcher=$(recalled "$dir/watch.pid") || watcher=$$
-    [ "$watcher" = $$ ] || signal TERM "$watcher"
+    # shellcheck disable=SC2046
+    [ "$watcher" = $$ ] || signal KILL $(tree "$watcher")
     # shellcheck disable=SC2046
     remove_accounts $(accounts)
     rm -rf "$dir"

@@ -258,13 +258,16 @@ void TestRigSshd::nothingIsLeft()
     start(child, with(other.sshArguments(other.key(), other.plainAccount()), u"echo $$; exec sleep 60"_s));
     QVERIFY(child.waitForReadyRead());
     const qint64 remote = child.readAllStandardOutput().trimmed().toLongLong();
+    const QString detach = u"setsid sleep 60 >/dev/null 2>&1 </dev/null & echo $!"_s;
+    const qint64 detached = ssh(with(other.sshArguments(other.key()), detach)).output.trimmed().toLongLong();
+    QVERIFY(isAlive(detached));
     const QString directory = other.directory();
     const QString account = other.plainAccount();
     const qint64 pid = other.pid();
     QVERIFY(other.hang(true));
     other.down();
     child.waitForFinished();
-    QTRY_VERIFY(!isAlive(remote) && !isAlive(pid));
+    QTRY_VERIFY(!isAlive(remote) && !isAlive(detached) && !isAlive(pid));
     QVERIFY(!QFile::exists(directory));
     QVERIFY(account.isEmpty() || !QFile::exists(u"/home/"_s + account));
 }
@@ -276,9 +279,10 @@ void TestRigSshd::nothingIsLeftAfterACrash()
     owner.start(u"sleep"_s, {u"60"_s});
     QVERIFY(owner.waitForStarted());
     const QString directory = m_scratch.filePath(u"owned"_s);
-    QCOMPARE(
-        QProcess::execute(RigSshd::script(), {u"up"_s, directory, u"--owner"_s, QString::number(owner.processId())}),
-        0);
+    QProcess script;
+    script.start(RigSshd::script(), {u"up"_s, directory, u"--owner"_s, QString::number(owner.processId())});
+    QVERIFY(script.waitForFinished());
+    QCOMPARE(script.exitCode(), 0);
     QVERIFY(QFile::exists(directory + "/env"_L1));
     owner.kill();
     owner.waitForFinished();
