@@ -22,10 +22,10 @@ function(tarnwell_library name)
     endif()
 endfunction()
 
-# tarnwell_test(NAME LIBS target... [LABELS label...] [TIMEOUT seconds] [GUI])
-# One QtTest program from NAME.cpp, run by ctest without a display.
+# tarnwell_test(NAME LIBS target... [LABELS label...] [LOCKS name...] [TIMEOUT seconds] [GUI])
+# One QtTest program from NAME.cpp, run by ctest without a display. Tests with a lock in common never run side by side.
 function(tarnwell_test name)
-    cmake_parse_arguments(arg "GUI" "TIMEOUT" "LIBS;LABELS;SOURCES" ${ARGN})
+    cmake_parse_arguments(arg "GUI" "TIMEOUT" "LIBS;LABELS;LOCKS;SOURCES" ${ARGN})
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
@@ -38,7 +38,7 @@ function(tarnwell_test name)
         target_precompile_headers(${name} REUSE_FROM tarnwell_test_pch)
     endif()
     add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}"
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}" RESOURCE_LOCK "${arg_LOCKS}"
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp"
         SKIP_REGULAR_EXPRESSION "ALL TESTS SKIPPED")
 endfunction()
