@@ -16,6 +16,19 @@ std::chrono::milliseconds toMilliseconds(double seconds)
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
 }
 
+// Runs in the forked child before the program. Only functions of signal-safety(7) may be called here.
+void prepareChild()
+{
+    ::setsid();
+    // A signal between here and the program must not run our own handlers, and none may stay blocked in the program.
+    for (const int handled : {SIGTERM, SIGINT, SIGHUP}) {
+        ::signal(handled, SIG_DFL);
+    }
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
 } // namespace
 
 ChildProcess::ChildProcess(ChildSetup setup, Done done)
@@ -63,7 +76,7 @@ void ChildProcess::start()
     if (m_setup.input.isEmpty()) {
         m_process.setStandardInputFile(QProcess::nullDevice());
     }
-    m_process.setChildProcessModifier([] { ::setsid(); });
+    m_process.setChildProcessModifier(prepareChild);
     if (m_setup.timeLimit) {
         m_timeLimit.start(toMilliseconds(*m_setup.timeLimit));
     }
