@@ -1,6 +1,20 @@
 #include "Helpers/ShellQuote.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+bool isPlain(QChar c)
+{
+    const char16_t code = c.unicode();
+    return (code >= u'a' && code <= u'z') || (code >= u'A' && code <= u'Z') || (code >= u'0' && code <= u'9') ||
+           u"_@%+=:,./-"_s.contains(c);
+}
+
+} // namespace
 
 QString quoteRule(const QString &value)
 {
@@ -10,4 +24,9 @@ QString quoteRule(const QString &value)
 QString shellQuoted(const QString &value)
 {
     return u'\'' + quoteRule(value) + u'\'';
+}
+
+QString shellWord(const QString &value)
+{
+    return !value.isEmpty() && std::ranges::all_of(value, isPlain) ? value : shellQuoted(value);
 }
