@@ -1,0 +1,127 @@
+#include "TerminalEmulator/Engine/Palette.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace vt {
+
+namespace {
+
+std::optional<unsigned> hexadecimal(std::string_view text)
+{
+    unsigned value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
+    if (text.empty() || text.size() > 4 || error != std::errc() || end != text.data() + text.size()) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+/// "#" and one to four digits for each colour: the digits are the most significant ones.
+std::optional<DeepColor> sharp(std::string_view digits)
+{
+    if (digits.empty() || digits.size() % 3 != 0 || digits.size() > 12) {
+        return std::nullopt;
+    }
+    const size_t each = digits.size() / 3;
+    std::array<uint16_t, 3> parts{};
+    for (size_t part = 0; part < 3; ++part) {
+        const std::optional<unsigned> value = hexadecimal(digits.substr(part * each, each));
+        if (!value) {
+            return std::nullopt;
+        }
+        parts[part] = static_cast<uint16_t>(*value << (16 - 4 * each));
+    }
+    return DeepColor{parts[0], parts[1], parts[2]};
+}
+
+std::optional<std::array<std::string_view, 3>> threeFields(std::string_view text)
+{
+    std::array<std::string_view, 3> fields;
+    for (size_t at = 0; at < 3; ++at) {
+        const size_t end = text.find('/');
+        if ((end == std::string_view::npos) != (at == 2)) {
+            return std::nullopt;
+        }
+        fields[at] = text.substr(0, end);
+        text.remove_prefix(at == 2 ? text.size() : end + 1);
+    }
+    return fields;
+}
+
+/// "rgb:": one to four digits for each colour, scaled to the full range.
+std::optional<DeepColor> scaled(std::string_view text)
+{
+    const auto fields = threeFields(text);
+    std::array<uint16_t, 3> parts{};
+    for (size_t at = 0; fields && at < 3; ++at) {
+        const std::optional<unsigned> value = hexadecimal((*fields)[at]);
+        if (!value) {
+            return std::nullopt;
+        }
+        const unsigned full = (1u << (4 * (*fields)[at].size())) - 1;
+        parts[at] = static_cast<uint16_t>(*value * 0xffffu / full);
+    }
+    return fields ? std::optional(DeepColor{parts[0], parts[1], parts[2]}) : std::nullopt;
+}
+
+struct Named {
+    std::string_view name;
+    uint32_t rgb;
+};
+
+// The names of X11's rgb.txt that programs use in practice.
+constexpr Named Names[] = {
+    {"aqua", 0x00ffff},      {"beige", 0xf5f5dc},      {"black", 0x000000},     {"blue", 0x0000ff},
+    {"brown", 0xa52a2a},     {"chocolate", 0xd2691e},  {"coral", 0xff7f50},     {"cyan", 0x00ffff},
+    {"darkblue", 0x00008b},  {"darkgray", 0xa9a9a9},   {"darkgreen", 0x006400}, {"darkgrey", 0xa9a9a9},
+    {"darkorange", 0xff8c00}, {"darkred", 0x8b0000},   {"fuchsia", 0xff00ff},   {"gold", 0xffd700},
+    {"gray", 0xbebebe},      {"green", 0x00ff00},      {"grey", 0xbebebe},      {"indigo", 0x4b0082},
+    {"ivory", 0xfffff0},     {"khaki", 0xf0e68c},      {"lightblue", 0xadd8e6}, {"lightgray", 0xd3d3d3},
+    {"lightgreen", 0x90ee90}, {"lightgrey", 0xd3d3d3}, {"lime", 0x00ff00},      {"linen", 0xfaf0e6},
+    {"magenta", 0xff00ff},   {"maroon", 0xb03060},     {"navy", 0x000080},      {"olive", 0x808000},
+    {"orange", 0xffa500},    {"orchid", 0xda70d6},     {"pink", 0xffc0cb},      {"plum", 0xdda0dd},
+    {"purple", 0xa020f0},    {"red", 0xff0000},        {"salmon", 0xfa8072},    {"silver", 0xc0c0c0},
+    {"skyblue", 0x87ceeb},   {"steelblue", 0x4682b4},  {"tan", 0xd2b48c},       {"teal", 0x008080},
+    {"tomato", 0xff6347},    {"turquoise", 0x40e0d0},  {"violet", 0xee82ee},    {"wheat", 0xf5deb3},
+    {"white", 0xffffff},     {"yellow", 0xffff00},
+};
+
+std::optional<DeepColor> named(std::string_view text)
+{
+    std::string name;
+    for (const char each : text.substr(0, 32)) {
+        if (each != ' ') {
+            name += each >= 'A' && each <= 'Z' ? static_cast<char>(each + 32) : each;
+        }
+    }
+    const auto *found = std::find_if(std::begin(Names), std::end(Names), [&](const Named &each) { return each.name == name; });
+    if (found == std::end(Names)) {
+        return std::nullopt;
+    }
+    const auto part = [&](int shift) { return static_cast<uint16_t>((found->rgb >> shift & 0xff) * 0x101); };
+    return DeepColor{part(16), part(8), part(0)};
+}
+
+} // namespace
+
+std::optional<DeepColor> parseColor(std::string_view text)
+{
+    if (text.starts_with('#')) {
+        return sharp(text.substr(1));
+    }
+    const size_t colon = text.find(':');
+    if (colon == std::string_view::npos) {
+        return named(text);
+    }
+    std::string space(text.substr(0, colon));
+    std::transform(space.begin(), space.end(), space.begin(),
+                   [](char each) { return each >= 'A' && each <= 'Z' ? static_cast<char>(each + 32) : each; });
+    if (space == "rgb") {
+        return scaled(text.substr(colon + 1));
+    }
+    return std::nullopt;
+}
+
+} // namespace vt

@@ -1,0 +1,407 @@
+#pragma once
+
+#include "TerminalEmulator/Engine/Charsets.h"
+#include "TerminalEmulator/Engine/Clusters.h"
+#include "TerminalEmulator/Engine/Grid.h"
+#include "TerminalEmulator/Engine/History.h"
+#include "TerminalEmulator/Engine/Links.h"
+#include "TerminalEmulator/Engine/Modes.h"
+#include "TerminalEmulator/Engine/Palette.h"
+#include "TerminalEmulator/Engine/Parser.h"
+#include "TerminalEmulator/Engine/Styles.h"
+#include "TerminalEmulator/Engine/Types.h"
+#include "TerminalEmulator/Engine/Unicode.h"
+
+#include <array>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vt {
+
+/// The terminal behind the parser: the screens and everything a sequence can change. Its operations are spread over
+/// several files by topic (Print, Motion, Edit, Rectangles, Rendition, ModeSwitches, Reports, Commands, Windows,
+/// Reset, Resize); Terminal is its public face.
+class Emulation
+{
+public:
+    explicit Emulation(const Options &options);
+
+    void feed(std::string_view bytes);
+
+    // ---- what the parser calls -------------------------------------------------------------------------------
+    /// Takes text from `at` and returns where it ends: at a control character or at `end`.
+    const uint8_t *text(const uint8_t *at, const uint8_t *end);
+    void execute(uint8_t control);
+    void escape(const Sequence &sequence);
+    void control(const Sequence &sequence);
+    /// `bell`: the string ended with BEL, and so shall the answer.
+    void operatingSystemCommand(std::string_view text, bool bell);
+    void deviceControl(const Sequence &sequence, std::string_view data);
+    void vt52(char final);
+    void vt52Address(int row, int column);
+
+    // ---- what Terminal reads ---------------------------------------------------------------------------------
+    int columns() const { return m_grid->columns(); }
+    int rows() const { return m_grid->rows(); }
+    bool isAlternate() const { return m_grid == &m_alternate.grid; }
+    int64_t firstLine() const { return isAlternate() ? screenTop() : m_firstLine; }
+    int64_t screenTop() const { return m_firstLine + static_cast<int64_t>(m_history.size()); }
+    bool mode(Mode mode) const { return m_modes[static_cast<size_t>(mode)]; }
+
+    /// Line number `line`, or false if there is none.
+    bool readLine(int64_t line, Line &out) const;
+
+    void resize(int columns, int rows);
+    void fullReset();
+    /// fullReset(), and whatever sequence is under way is dropped.
+    void hardReset();
+    void clearHistory();
+    void setScrollback(size_t rows);
+    size_t memoryUse() const;
+    void reply(std::string_view text);
+    void emitEvent(Event event);
+
+    // Public on purpose: Terminal and the helpers beside it (selection, search) read the parts they need.
+    Options m_options;
+    Styles m_styles;
+    Clusters m_clusters;
+    Links m_links;
+    History m_history;
+    Palette m_palette;
+    std::string m_replies;
+    std::vector<Event> m_events;
+    std::deque<Mark> m_marks;
+    int64_t m_scrolled = 0;    ///< lines the screen moved up since damage was taken
+    bool m_allDamaged = true;
+    uint32_t m_reflows = 0;
+    std::vector<Position *> m_tracked; ///< positions that a reflow moves with their text
+    std::string m_title;
+    std::string m_iconName;
+    std::string m_clipboard;
+    std::string m_workingDirectory;
+    int m_modifyOtherKeys = 0;
+    int m_formatOtherKeys = 0;
+
+    CursorState cursor() const;
+    Grid &grid() { return *m_grid; }
+    const Grid &grid() const { return *m_grid; }
+    int keyboardFlags() const;
+    bool isKeypadApplication() const { return m_keypadApplication; }
+    bool sendsEightBit() const { return m_eightBitReplies; }
+
+private:
+    struct Charsets {
+        std::array<Charset, 4> designated{};
+        uint8_t left = 0;
+        uint8_t right = 2;
+        bool operator==(const Charsets &) const = default;
+    };
+    struct SavedCursor {
+        int x = 0;
+        int y = 0;
+        bool pendingWrap = false;
+        bool origin = false;
+        Style pen;
+        Charsets charsets;
+        bool isSet = false;
+    };
+    struct Screen {
+        Grid grid;
+        SavedCursor saved;
+        std::vector<int> keyboardStack{0}; ///< flags of the progressive keyboard protocol
+    };
+    enum class Protection : uint8_t { Off, Iso, Dec };
+    enum class Erase : uint8_t { Plain, Selective };
+    using Handler = void (Emulation::*)(const Sequence &);
+    struct Entry {
+        uint32_t key;
+        uint8_t level; ///< VT level from which the function is known
+        Handler handler;
+    };
+    static const std::vector<Entry> &controlTable();
+    static const std::vector<Entry> &escapeTable();
+    void buildDirect();
+
+    // ---- Print.cpp -------------------------------------------------------------------------------------------
+    void printAscii(const uint8_t *at, int count);
+    const uint8_t *printUtf8(const uint8_t *at, const uint8_t *end);
+    const uint8_t *resumeUtf8(const uint8_t *at, const uint8_t *end);
+    void printCodePoint(char32_t codePoint);
+    void printByte(uint8_t byte);
+    void putCharacter(uint32_t code, int columns);
+    void join(char32_t codePoint, unicode::Property property);
+    void widenOrNarrow(Row &row, int x, bool wide);
+    bool cellBefore(int &x) const;
+    void standaloneMark(char32_t codePoint, unicode::Property property);
+    void wrap();
+    int rightLimit(const Row &row) const;
+    void updateTextPath();
+    void finishDecode(char32_t codePoint);
+    StyleId pen();
+    Cell blank();
+    void sweepStyles();
+    void sweepClusters();
+
+    // ---- Motion.cpp ------------------------------------------------------------------------------------------
+    bool inColumnMargins() const { return m_x >= m_left && m_x <= m_right; }
+    bool inRowMargins() const { return m_y >= m_top && m_y <= m_bottom; }
+    void moveTo(int x, int y);          ///< clamped to the screen
+    void address(int row, int column);  ///< from 0, obeys origin mode
+    int originRow() const;
+    int originColumn() const;
+    void index();
+    void reverseIndex();
+    void carriageReturn();
+    void lineFeed();
+    void cursorUp(int count);
+    void cursorDown(int count);
+    void cursorForward(int count);
+    void cursorBack(int count);
+    void tabForward(int count);
+    void tabBack(int count);
+    void resetTabs();
+    void saveCursor();
+    void restoreCursor();
+    void scrollUp(int count);
+    void scrollDown(int count);
+    Area marginArea() const { return {m_top, m_left, m_bottom, m_right}; }
+    void resetMargins();
+
+    void cuu(const Sequence &s);
+    void cud(const Sequence &s);
+    void cuf(const Sequence &s);
+    void cub(const Sequence &s);
+    void cnl(const Sequence &s);
+    void cpl(const Sequence &s);
+    void cha(const Sequence &s);
+    void cup(const Sequence &s);
+    void cht(const Sequence &s);
+    void cbt(const Sequence &s);
+    void vpa(const Sequence &s);
+    void vpr(const Sequence &s);
+    void hpr(const Sequence &s);
+    void tbc(const Sequence &s);
+    void decst8c(const Sequence &s);
+    void decstbm(const Sequence &s);
+    void decslrm(const Sequence &s);
+    void scorc(const Sequence &s);
+    void su(const Sequence &s);
+    void sd(const Sequence &s);
+    void hts(const Sequence &s);
+    void ind(const Sequence &s);
+    void ri(const Sequence &s);
+    void nel(const Sequence &s);
+    void decsc(const Sequence &s);
+    void decrc(const Sequence &s);
+    void decbi(const Sequence &s);
+    void decfi(const Sequence &s);
+    void homeDown(const Sequence &s);
+
+    // ---- Edit.cpp --------------------------------------------------------------------------------------------
+    void eraseRow(int y, int left, int right);
+    void eraseDisplay(int what, Erase kind);
+    void eraseLine(int what, Erase kind);
+    void shiftColumns(int x, int count, bool insert);
+    void ed(const Sequence &s);
+    void el(const Sequence &s);
+    void decsed(const Sequence &s);
+    void decsel(const Sequence &s);
+    void ech(const Sequence &s);
+    void ich(const Sequence &s);
+    void dch(const Sequence &s);
+    void il(const Sequence &s);
+    void dl(const Sequence &s);
+    void sl(const Sequence &s);
+    void sr(const Sequence &s);
+    void decic(const Sequence &s);
+    void decdc(const Sequence &s);
+    void rep(const Sequence &s);
+    void decaln(const Sequence &s);
+    void lineSize(const Sequence &s);
+    void spa(const Sequence &s);
+    void epa(const Sequence &s);
+    void decsca(const Sequence &s);
+
+    // ---- Rectangles.cpp --------------------------------------------------------------------------------------
+    std::optional<Area> area(const Sequence &s, int first) const;
+    void decfra(const Sequence &s);
+    void decera(const Sequence &s);
+    void decsera(const Sequence &s);
+    void deccra(const Sequence &s);
+    void deccara(const Sequence &s);
+    void decrara(const Sequence &s);
+    void decsace(const Sequence &s);
+    void decrqcra(const Sequence &s);
+    void xtchecksum(const Sequence &s);
+    template<class Change>
+    void changeAttributes(const Sequence &s, Change change);
+    uint32_t checksum(const Area &area) const;
+
+    // ---- Rendition.cpp ---------------------------------------------------------------------------------------
+    void sgr(const Sequence &s);
+    int extendedColor(const Sequence &s, int at, Color &color) const;
+    static void applySgr(Style &style, int code);
+    std::string sgrText(const Style &style) const;
+    void decscusr(const Sequence &s);
+    void pushSgr(const Sequence &s);
+    void popSgr(const Sequence &s);
+    void reportSgr(const Sequence &s);
+    void penChanged() { m_penKnown = false; m_blankKnown = false; }
+
+    // ---- ModeSwitches.cpp ------------------------------------------------------------------------------------
+    void sm(const Sequence &s);
+    void rm(const Sequence &s);
+    void decset(const Sequence &s);
+    void decrst(const Sequence &s);
+    void xtsave(const Sequence &s);
+    void xtrestore(const Sequence &s);
+    void decrqm(const Sequence &s);
+    void ansiRqm(const Sequence &s);
+    void setMode(Mode mode, bool on);
+    void store(Mode mode, bool on) { m_modes[static_cast<size_t>(mode)] = on; }
+    void setAlternate(bool on);
+    void setColumns132(bool on);
+    void setMouseMode(Mode mode, bool on);
+    void decscl(const Sequence &s);
+    void s7c1t(const Sequence &s);
+    void s8c1t(const Sequence &s);
+    void deckpam(const Sequence &s);
+    void deckpnm(const Sequence &s);
+    void designate(const Sequence &s);
+    void lockingShift(const Sequence &s);
+    void singleShift(const Sequence &s);
+    void docs(const Sequence &s);
+    void xtmodkeys(const Sequence &s);
+    void xtunmodkeys(const Sequence &s);
+    void xtqmodkeys(const Sequence &s);
+    void keyboardQuery(const Sequence &s);
+    void keyboardPush(const Sequence &s);
+    void keyboardPop(const Sequence &s);
+    void keyboardSet(const Sequence &s);
+
+    // ---- Reports.cpp -----------------------------------------------------------------------------------------
+    void replyCsi(std::string_view body);
+    void replyDcs(std::string_view body);
+    void replyOsc(std::string_view body, bool bell);
+    void da1(const Sequence &s);
+    void da2(const Sequence &s);
+    void da3(const Sequence &s);
+    void decid(const Sequence &s);
+    void dsr(const Sequence &s);
+    void decdsr(const Sequence &s);
+    void xtversion(const Sequence &s);
+    void decreqtparm(const Sequence &s);
+    void decrqpsr(const Sequence &s);
+    void decrqde(const Sequence &s);
+    void decrqupss(const Sequence &s);
+    void locator(const Sequence &s);
+    void ignored(const Sequence &s);
+    std::string cursorInformation() const;
+    void decrqss(std::string_view what);
+    void xtgettcap(std::string_view names);
+    void restorePresentation(int kind, std::string_view data);
+
+    // ---- Commands.cpp ----------------------------------------------------------------------------------------
+    void setTitle(int which, std::string_view text);
+    void indexedColors(std::string_view text, bool special, bool bell);
+    void resetIndexedColors(std::string_view text, bool special);
+    void dynamicColors(int first, std::string_view text, bool bell);
+    void hyperlink(std::string_view text);
+    void clipboard(std::string_view text, bool bell);
+    void shellMark(std::string_view text);
+    void notification(int command, std::string_view text);
+
+    // ---- Windows.cpp -----------------------------------------------------------------------------------------
+    void windowOperation(const Sequence &s);
+    void geometryReport(int operation, int what);
+    void titleReport(char kind, const std::string &text);
+    void pushTitle(int which);
+    void popTitle(int which);
+    void titleModes(const Sequence &s);
+    void titleModesReset(const Sequence &s);
+    void decslpp(const Sequence &s);
+    void decscpp(const Sequence &s);
+    void decsnls(const Sequence &s);
+    void requestSize(int columns, int rows);
+    void maximize(bool on, bool horizontal, bool vertical);
+    void decsasd(const Sequence &s);
+    void decssdt(const Sequence &s);
+
+    // ---- Reset.cpp -------------------------------------------------------------------------------------------
+    void decstr(const Sequence &s);
+    void ris(const Sequence &s);
+    void softReset();
+
+    // ---- Resize.cpp ------------------------------------------------------------------------------------------
+    void reflow(int columns, int rows);
+
+    Parser m_parser;
+    Screen m_main;
+    Screen m_alternate;
+    Grid *m_grid;
+    int m_x = 0;
+    int m_y = 0;
+    bool m_pendingWrap = false;
+    int m_top = 0;
+    int m_bottom = 0;
+    int m_left = 0;
+    int m_right = 0;
+
+    Style m_pen;
+    StyleId m_penId = 0;
+    bool m_penKnown = true;
+    Cell m_blank;
+    bool m_blankKnown = true;
+    std::vector<Style> m_penStack;
+    Protection m_protection = Protection::Off;
+
+    std::array<bool, static_cast<size_t>(Mode::Count)> m_modes{};
+    std::array<bool, static_cast<size_t>(Mode::Count)> m_savedModes{};
+    Charsets m_charsets;
+    uint8_t m_singleShift = 0;  ///< 2 or 3 for the next character
+    bool m_plainText = true;    ///< ASCII goes to the screen as it is: no character set, insert mode or shift
+    unicode::Segmenter m_segmenter;
+    bool m_afterPrepend = false;
+    bool m_controlSeen = false; ///< a C1 control came as UTF-8: the parser's state may have changed
+    uint32_t m_lastPrinted = 0; ///< code of the character REP repeats
+    char32_t m_decoded = 0;     ///< UTF-8 under way
+    uint8_t m_decodeNeed = 0;
+    uint8_t m_decodeLow = 0x80;
+    uint8_t m_decodeHigh = 0xbf;
+
+    std::vector<bool> m_tabs;
+    int64_t m_firstLine = 0;
+    std::optional<int64_t> m_naturalTop; ///< the line that was the screen's top before resizing moved it
+    bool m_naturalFull = false;          ///< and whether text reached the screen's last row then
+    int m_level = 5;
+    bool m_eightBitReplies = false;
+    bool m_keypadApplication = false;
+    int m_cursorStyle = 0;      ///< DECSCUSR
+    bool m_rectangleExtent = false; ///< DECSACE 2
+    int m_checksumFlags = 0;
+    int m_titleModes = 0;
+    int m_mouseMode = 0;
+    bool m_statusDisplayActive = false;
+    int m_statusDisplay = 0;
+    struct SavedTitle {
+        std::string title;
+        std::string iconName;
+    };
+    std::vector<SavedTitle> m_titleStack;
+    struct {
+        int x = 0;
+        int y = 0;
+        bool iconified = false;
+        bool fullScreen = false;
+        int restoreColumns = 0;
+        int restoreRows = 0;
+    } m_window;
+    std::array<Handler, 64> m_directControls{};
+    std::array<uint8_t, 64> m_directLevels{};
+    uint32_t m_currentLink = 0;
+};
+
+} // namespace vt

@@ -1,0 +1,246 @@
+#include "TerminalEmulator/Engine/Emulation.h"
+
+#include <algorithm>
+
+namespace vt {
+
+namespace {
+
+/// The engine has no window; reports speak of one on a screen of this size, at the position it was last moved to.
+constexpr int ScreenWidth = 1920;
+constexpr int ScreenHeight = 1080;
+constexpr size_t MaxTitles = 10;
+
+} // namespace
+
+/// The application wants another size. It gets it if the embedder allows that.
+void Emulation::requestSize(int wantedColumns, int wantedRows)
+{
+    if (!m_options.allowResize) {
+        return;
+    }
+    const int newColumns = std::clamp(wantedColumns, 1, Options::MaxColumns);
+    const int newRows = std::clamp(wantedRows, 1, Options::MaxRows);
+    if (newColumns == columns() && newRows == rows()) {
+        return;
+    }
+    resize(newColumns, newRows);
+    emitEvent({Event::Kind::Resized, {}, {}, newColumns, newRows});
+}
+
+void Emulation::maximize(bool on, bool horizontal, bool vertical)
+{
+    if (on) {
+        if (m_window.restoreColumns == 0) {
+            m_window.restoreColumns = columns();
+            m_window.restoreRows = rows();
+        }
+        requestSize(horizontal ? ScreenWidth / m_options.cellWidth : columns(),
+                    vertical ? ScreenHeight / m_options.cellHeight : rows());
+    } else if (m_window.restoreColumns != 0) {
+        requestSize(m_window.restoreColumns, m_window.restoreRows);
+        m_window.restoreColumns = 0;
+    }
+}
+
+/// XTWINOPS.
+void Emulation::windowOperation(const Sequence &s)
+{
+    const int operation = s.value(0);
+    const int cellWidth = m_options.cellWidth;
+    const int cellHeight = m_options.cellHeight;
+    if (operation >= 1 && operation <= 10) {
+        emitEvent({Event::Kind::Window, {}, {}, operation, s.value(1, -1), s.value(2, -1)});
+    }
+    switch (operation) {
+    case 1:
+        m_window.iconified = false;
+        break;
+    case 2:
+        m_window.iconified = true;
+        break;
+    case 3:
+        m_window.x = s.value(1);
+        m_window.y = s.value(2);
+        break;
+    case 4: {
+        // Left out: as it is; 0: as large as the screen.
+        const auto cells = [](int pixels, int cell, int now, int full) {
+            return pixels < 0 ? now : (pixels == 0 ? full : pixels) / cell;
+        };
+        requestSize(cells(s.value(2, -1), cellWidth, columns(), ScreenWidth),
+                    cells(s.value(1, -1), cellHeight, rows(), ScreenHeight));
+        break;
+    }
+    case 8: {
+        const auto cells = [](int given, int now, int full) { return given < 0 ? now : given == 0 ? full : given; };
+        requestSize(cells(s.value(2, -1), columns(), ScreenWidth / cellWidth),
+                    cells(s.value(1, -1), rows(), ScreenHeight / cellHeight));
+        break;
+    }
+    case 9:
+        if (s.value(1) <= 3) {
+            maximize(s.value(1) != 0, s.value(1) != 2, s.value(1) != 3);
+        }
+        break;
+    case 10:
+        m_window.fullScreen = s.value(1) == 2 ? !m_window.fullScreen : s.value(1) == 1;
+        maximize(m_window.fullScreen, true, true);
+        break;
+    case 22:
+        pushTitle(s.value(1));
+        break;
+    case 23:
+        popTitle(s.value(1));
+        break;
+    default:
+        if (operation >= 24) {
+            requestSize(columns(), operation);
+        } else {
+            geometryReport(operation, s.value(1));
+        }
+    }
+}
+
+void Emulation::geometryReport(int operation, int what)
+{
+    const auto pair = [this](int kind, int first, int second) {
+        replyCsi(std::to_string(kind) + ';' + std::to_string(first) + ';' + std::to_string(second) + 't');
+    };
+    switch (operation) {
+    case 11:
+        replyCsi(m_window.iconified ? "2t" : "1t");
+        break;
+    case 13:
+        pair(3, m_window.x, m_window.y);
+        break;
+    case 14:
+        pair(4, rows() * m_options.cellHeight, columns() * m_options.cellWidth);
+        break;
+    case 15:
+        pair(5, ScreenHeight, ScreenWidth);
+        break;
+    case 16:
+        pair(6, m_options.cellHeight, m_options.cellWidth);
+        break;
+    case 18:
+        pair(8, rows(), columns());
+        break;
+    case 19:
+        pair(9, ScreenHeight / m_options.cellHeight, ScreenWidth / m_options.cellWidth);
+        break;
+    case 20:
+        titleReport('L', m_iconName);
+        break;
+    case 21:
+        titleReport('l', m_title);
+        break;
+    default:
+        break;
+    }
+    (void)what;
+}
+
+void Emulation::titleReport(char kind, const std::string &text)
+{
+    if (!m_options.allowTitleReports) {
+        replyOsc(std::string(1, kind), false);
+        return;
+    }
+    std::string body(1, kind);
+    if ((m_titleModes & 2) != 0) {
+        static constexpr char Digits[] = "0123456789ABCDEF";
+        for (const char each : text) {
+            body += Digits[static_cast<unsigned char>(each) >> 4];
+            body += Digits[static_cast<unsigned char>(each) & 15];
+        }
+    } else {
+        body += text;
+    }
+    replyOsc(body, false);
+}
+
+void Emulation::pushTitle(int which)
+{
+    if (which > 2) {
+        return;
+    }
+    if (m_titleStack.size() >= MaxTitles) {
+        m_titleStack.erase(m_titleStack.begin());
+    }
+    m_titleStack.push_back({m_title, m_iconName});
+}
+
+void Emulation::popTitle(int which)
+{
+    if (m_titleStack.empty() || which > 2) {
+        return;
+    }
+    const SavedTitle saved = std::move(m_titleStack.back());
+    m_titleStack.pop_back();
+    if (which != 2) {
+        m_iconName = saved.iconName;
+        emitEvent({Event::Kind::IconName, m_iconName, {}});
+    }
+    if (which != 1) {
+        m_title = saved.title;
+        emitEvent({Event::Kind::Title, m_title, {}});
+    }
+}
+
+/// XTSMTITLE: 0 titles are set in hexadecimal, 1 told in it; 2 and 3 are UTF-8, which they always are.
+void Emulation::titleModes(const Sequence &s)
+{
+    for (int at = 0; at < s.count; ++at) {
+        m_titleModes |= s.value(at) <= 3 ? 1 << s.value(at) : 0;
+    }
+}
+
+void Emulation::titleModesReset(const Sequence &s)
+{
+    for (int at = 0; at < s.count; ++at) {
+        m_titleModes &= s.value(at) <= 3 ? ~(1 << s.value(at)) : ~0;
+    }
+    if (s.count == 0) {
+        m_titleModes = 0;
+    }
+}
+
+void Emulation::decslpp(const Sequence &s)
+{
+    windowOperation(s);
+}
+
+void Emulation::decscpp(const Sequence &s)
+{
+    const int wanted = s.value(0);
+    if (wanted == 0 || wanted == 80 || wanted == 132) {
+        requestSize(wanted == 132 ? 132 : 80, rows());
+        store(Mode::Columns132, wanted == 132);
+    }
+}
+
+void Emulation::decsnls(const Sequence &s)
+{
+    if (s.value(0) >= 1 && s.value(0) <= 255) {
+        requestSize(columns(), s.value(0));
+    }
+}
+
+/// DECSASD: with 1, text goes to the status line, which is not shown.
+void Emulation::decsasd(const Sequence &s)
+{
+    m_statusDisplayActive = s.value(0) == 1 && m_statusDisplay == 2;
+    updateTextPath();
+}
+
+void Emulation::decssdt(const Sequence &s)
+{
+    if (s.value(0) <= 2) {
+        m_statusDisplay = s.value(0);
+        m_statusDisplayActive = m_statusDisplayActive && m_statusDisplay == 2;
+        updateTextPath();
+    }
+}
+
+} // namespace vt
