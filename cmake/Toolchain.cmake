@@ -44,6 +44,9 @@ else()
     add_compile_options(-fno-omit-frame-pointer -gsimple-template-names)
 endif()
 
+# libsecret asks for it, and objects share precompiled headers only with those compiled alike.
+add_compile_options(-pthread)
+
 if(TARNWELL_SANITIZE)
     add_compile_options("-fsanitize=${TARNWELL_SANITIZE}" -fno-sanitize-recover=all)
     add_link_options("-fsanitize=${TARNWELL_SANITIZE}" -fno-sanitize-recover=all)
@@ -52,13 +55,8 @@ if(TARNWELL_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# ccache: precompiled headers need the two sloppiness entries and, with clang, a header without a time stamp.
 find_program(CCACHE ccache)
-if(CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
-        "CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime"
-        "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}" CCACHE_NOHASHDIR=1 "${CCACHE}")
-endif()
-if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-    add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
+if(CCACHE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_SOURCE_DIR}/cmake/compile.sh" "${CMAKE_SOURCE_DIR}")
+    add_compile_options("SHELL:-Xclang -fno-pch-timestamp") # equal contents give an equal header
 endif()

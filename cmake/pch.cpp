@@ -1,0 +1,1 @@
+// Carries a precompiled header (Precompiled.cmake); it has no code.
