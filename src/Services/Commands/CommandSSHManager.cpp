@@ -160,23 +160,23 @@ QCoro::Task<PasswordlessSudo> CommandSSHManager::checkPasswordlessSudo(Server se
     co_return answer;
 }
 
-QCoro::Task<CommandResult> CommandSSHManager::executeRawCommand(QString command, Server on,
+QCoro::Task<CommandResult> CommandSSHManager::executeRawCommand(ShellLine command, Server on,
                                                                 std::optional<double> timeout)
 {
     log(u"executeRawCommand called with timeout: "_s + decimalText(timeout.value_or(0)) + u's');
-    log(u"Command: "_s + command);
-    const CommandResult result = co_await executeCommand(std::move(command), std::move(on), false, timeout);
+    log(u"Command: "_s + command.forLog(command.text));
+    const CommandResult result = co_await executeCommand(command, std::move(on), false, timeout);
     log(u"executeRawCommand result - exitCode: "_s + QString::number(result.exitCode) + u", error: "_s +
-        QString::fromUtf8(result.error));
+        command.forLog(QString::fromUtf8(result.error)));
     co_return result;
 }
 
-QCoro::Task<CommandResult> CommandSSHManager::executeCommand(QString command, Server on, bool useSudo,
+QCoro::Task<CommandResult> CommandSSHManager::executeCommand(ShellLine command, Server on, bool useSudo,
                                                              std::optional<double> timeout)
 {
     const Server server = m_serverOverrides.value(on.id, on);
-    const QString line = useSudo ? u"sudo "_s + command : command;
-    log(u"executeCommand called with: "_s + line.left(kLoggedCommandLength) + u"..."_s);
+    const ShellLine line(useSudo ? u"sudo "_s + command.text : command.text, command.isConfidential);
+    log(u"executeCommand called with: "_s + line.forLog(line.text.left(kLoggedCommandLength)) + u"..."_s);
     log(u"Active connections count: "_s + QString::number(m_activeConnections.size()));
 
     if (const auto kept = m_activeConnections.value(server.id)) {

@@ -60,10 +60,10 @@ public:
     QCoro::Task<PasswordlessSudo> checkPasswordlessSudo(Server server);
 
     /// Runs a complete line as it stands. `timeout` in seconds; absent means no limit.
-    QCoro::Task<CommandResult> executeRawCommand(QString command, Server on, std::optional<double> timeout);
+    QCoro::Task<CommandResult> executeRawCommand(ShellLine command, Server on, std::optional<double> timeout);
 
     /// Runs a line, with "sudo " before it if asked: the prefix applies to the line's first simple command only.
-    QCoro::Task<CommandResult> executeCommand(QString command, Server on, bool useSudo,
+    QCoro::Task<CommandResult> executeCommand(ShellLine command, Server on, bool useSudo,
                                               std::optional<double> timeout = std::nullopt);
 
     /// The entry that screens call.

@@ -4,5 +4,6 @@
 
 QCoro::Task<CommandResult> BaseSSHCommand::execute(CommandSSHManager &manager, Server server) const
 {
-    co_return co_await manager.executeRawCommand(m_fields.commandString, std::move(server), m_fields.timeout);
+    co_return co_await manager.executeRawCommand({m_fields.commandString, m_fields.isConfidential}, std::move(server),
+                                                 m_fields.timeout);
 }

@@ -2,6 +2,7 @@
 
 #include "Models/Server.h"
 #include "Services/SSH/CommandResult.h"
+#include "Services/SSH/ShellLine.h"
 
 #include <QCoroTask>
 #include <QDateTime>
@@ -56,6 +57,7 @@ public:
         QString commandString;                        ///< complete: no placeholders remain
         bool isReversible = false;                    ///< whether the operation can be undone
         std::optional<double> timeout = std::nullopt; ///< seconds
+        bool isConfidential = false;                  ///< the line holds a secret: no log shows it
     };
 
     explicit BaseSSHCommand(Fields fields)
@@ -72,6 +74,8 @@ public:
     std::optional<double> timeout() const override { return m_fields.timeout; }
 
     bool isReversible() const { return m_fields.isReversible; }
+
+    bool isConfidential() const { return m_fields.isConfidential; }
 
     QString commandString() const { return m_fields.commandString; }
 

@@ -34,15 +34,16 @@ SystemSSHConnection::SystemSSHConnection(const Transport &transport, Server serv
 {
 }
 
-QCoro::Task<CommandResult> SystemSSHConnection::executeCommand(QString command, std::optional<double> timeout)
+QCoro::Task<CommandResult> SystemSSHConnection::executeCommand(ShellLine command, std::optional<double> timeout)
 {
     if (!m_isConnected) {
-        co_return notRun(command, u"Connection closed"_s);
+        co_return notRun(command.text, u"Connection closed"_s);
     }
     if (const std::optional<QString> refusal = SSHArguments::refusalFor(m_server)) {
-        co_return notRun(command, *refusal);
+        co_return notRun(command.text, *refusal);
     }
-    info(u"SystemSSHConnection: "_s + shortId() + u" executing: "_s + command.left(kLoggedCommandLength) + u"..."_s);
+    info(u"SystemSSHConnection: "_s + shortId() + u" executing: "_s +
+         command.forLog(command.text.left(kLoggedCommandLength)) + u"..."_s);
     if (m_transport.settings.useConnectionPooling()) {
         const std::optional<SSHPooledConnection> lease =
             co_await m_transport.pool.getConnection(m_server, m_password, m_passphrase);
@@ -53,13 +54,13 @@ QCoro::Task<CommandResult> SystemSSHConnection::executeCommand(QString command, 
     co_return co_await executeUnpooled(command, timeout);
 }
 
-QCoro::Task<CommandResult> SystemSSHConnection::executePooledCommand(QString command, SSHPooledConnection lease,
+QCoro::Task<CommandResult> SystemSSHConnection::executePooledCommand(ShellLine command, SSHPooledConnection lease,
                                                                      std::optional<double> timeout)
 {
     const CommandGate::Pass pass = co_await lease.gate->enter();
 
     SSHRun run;
-    run.arguments = lease.buildCommandArguments(command, false);
+    run.arguments = lease.buildCommandArguments(command.text, false);
     run.environment = SSHLauncher::commandEnvironment(QProcessEnvironment::systemEnvironment());
     run.timeLimit = timeout;
     run.onTimeLimit = [timeout] {
@@ -71,7 +72,7 @@ QCoro::Task<CommandResult> SystemSSHConnection::executePooledCommand(QString com
     if (outcome.kind == ChildOutcome::Kind::FailedToStart) {
         info(u"SystemSSHConnection: Pooled command execution error: "_s + outcome.reason);
     }
-    CommandResult result = commandResult(std::move(outcome), command, timeout);
+    CommandResult result = commandResult(std::move(outcome), command.text, timeout);
     info(u"SystemSSHConnection: Pooled command exit code: "_s + QString::number(result.exitCode));
     if (result.exitCode != 0) {
         lease.gate->learnFrom(result.error);
@@ -79,12 +80,12 @@ QCoro::Task<CommandResult> SystemSSHConnection::executePooledCommand(QString com
     co_return result;
 }
 
-QCoro::Task<CommandResult> SystemSSHConnection::executeUnpooled(QString command, std::optional<double> timeout)
+QCoro::Task<CommandResult> SystemSSHConnection::executeUnpooled(ShellLine command, std::optional<double> timeout)
 {
     const SSHArgumentBuilder builder;
     SSHRun run;
     run.arguments = builder.strategyFor(m_server.authMethod)
-                        .buildArguments(m_server, command, m_transport.settings, false, u"QUIET"_s);
+                        .buildArguments(m_server, command.text, m_transport.settings, false, u"QUIET"_s);
     if (timeout) {
         run.arguments = SSHArguments::withConnectTimeout(run.arguments, *timeout);
     }
@@ -99,7 +100,7 @@ QCoro::Task<CommandResult> SystemSSHConnection::executeUnpooled(QString command,
         info(u"[SystemSSHConnection] Command timed out after "_s + decimalText(*timeout) +
              u" seconds, terminating process"_s);
     };
-    CommandResult result = commandResult(co_await m_transport.launcher.run(std::move(run)), command, timeout);
+    CommandResult result = commandResult(co_await m_transport.launcher.run(std::move(run)), command.text, timeout);
     info(u"[SystemSSHConnection] Process completed - exitCode: "_s + QString::number(result.exitCode));
     info(u"[SystemSSHConnection] Output length: %1, Error length: %2"_s.arg(result.output.size())
              .arg(result.error.size()));

@@ -2,6 +2,7 @@
 
 #include "Models/Server.h"
 #include "Services/SSH/CommandResult.h"
+#include "Services/SSH/ShellLine.h"
 
 #include <QCoroTask>
 #include <QUuid>
@@ -21,7 +22,7 @@ public:
 
     /// Runs one shell line. `timeout` is in seconds; absent means no limit. Any number may run at once. The object
     /// lives until the task is done.
-    virtual QCoro::Task<CommandResult> executeCommand(QString command, std::optional<double> timeout) = 0;
+    virtual QCoro::Task<CommandResult> executeCommand(ShellLine command, std::optional<double> timeout) = 0;
 
     /// From now on every command is answered with "Connection closed". Stops nothing that runs.
     virtual void cleanup() = 0;
@@ -43,10 +44,10 @@ public:
                         std::optional<QString> passphrase);
 
     /// Exit code 124 when the time limit passed, -1 when no process ran (closed, refused, not to be started).
-    QCoro::Task<CommandResult> executeCommand(QString command, std::optional<double> timeout) override;
+    QCoro::Task<CommandResult> executeCommand(ShellLine command, std::optional<double> timeout) override;
 
     /// Runs the line over a master's socket; the lease's gate decides when, and the time limit counts from then.
-    QCoro::Task<CommandResult> executePooledCommand(QString command, SSHPooledConnection lease,
+    QCoro::Task<CommandResult> executePooledCommand(ShellLine command, SSHPooledConnection lease,
                                                     std::optional<double> timeout);
 
     void cleanup() override;
@@ -59,7 +60,7 @@ public:
     QString shortId() const;
 
 private:
-    QCoro::Task<CommandResult> executeUnpooled(QString command, std::optional<double> timeout);
+    QCoro::Task<CommandResult> executeUnpooled(ShellLine command, std::optional<double> timeout);
 
     Transport m_transport;
     Server m_server;
