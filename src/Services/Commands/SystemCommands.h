@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Services/Commands/MetricScripts.h"
 #include "Services/Commands/SSHCommand.h"
 
 /// The remote lines about the server as a whole.
@@ -59,6 +60,58 @@ public:
                           .category = CommandCategory::System,
                           .commandString = QStringLiteral("sudo -n echo 'SUDO_TEST_OK' 2>&1"),
                           .timeout = 5.0})
+    {
+    }
+};
+
+/// How busy the processors are, in percent.
+class GetCPUUsageCommand : public BaseSSHCommand
+{
+public:
+    GetCPUUsageCommand()
+        : BaseSSHCommand({.description = QStringLiteral("Get CPU usage percentage"),
+                          .category = CommandCategory::System,
+                          .commandString = MetricScripts::cpuUsage()})
+    {
+    }
+};
+
+/// Main memory and swap in bytes, of free(1): KEY:number pieces between bars, one line each.
+class GetMemoryMetricsCommand : public BaseSSHCommand
+{
+public:
+    GetMemoryMetricsCommand()
+        : BaseSSHCommand(
+              {.description = QStringLiteral("Get memory metrics"),
+               .category = CommandCategory::System,
+               .commandString = QStringLiteral(
+                   R"sh(free -b | awk 'NR==2{printf "TOTAL:%s|USED:%s|FREE:%s|SHARED:%s|CACHE:%s|AVAILABLE:%s\n", )sh"
+                   R"sh($2, $3, $4, $5, $6, $7}' && free -b | awk 'NR==3{printf )sh"
+                   R"sh("SWAP_TOTAL:%s|SWAP_USED:%s|SWAP_FREE:%s\n", $2, $3, $4}')sh")})
+    {
+    }
+};
+
+/// The counters of each block device.
+class GetDiskIOMetricsCommand : public BaseSSHCommand
+{
+public:
+    GetDiskIOMetricsCommand()
+        : BaseSSHCommand({.description = QStringLiteral("Get disk I/O metrics"),
+                          .category = CommandCategory::System,
+                          .commandString = MetricScripts::diskIO()})
+    {
+    }
+};
+
+/// The graphics processors.
+class GetGPUMetricsCommand : public BaseSSHCommand
+{
+public:
+    GetGPUMetricsCommand()
+        : BaseSSHCommand({.description = QStringLiteral("Get GPU metrics"),
+                          .category = CommandCategory::System,
+                          .commandString = MetricScripts::gpus()})
     {
     }
 };
