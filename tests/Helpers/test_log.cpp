@@ -1,37 +1,11 @@
 #include "Helpers/Log.h"
+#include "Helpers/WrittenLog.h"
 
-#include <QFile>
-#include <QTemporaryFile>
 #include <QTest>
 #include <stdexcept>
 #include <system_error>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
-
-namespace
-{
-
-// What `action` writes to standard error.
-template<class Action>
-QString written(Action action)
-{
-    QTemporaryFile file;
-    if (!file.open()) {
-        return u"no file"_s;
-    }
-    std::fflush(stderr);
-    const int saved = ::dup(STDERR_FILENO);
-    ::dup2(file.handle(), STDERR_FILENO);
-    action();
-    std::fflush(stderr);
-    ::dup2(saved, STDERR_FILENO);
-    ::close(saved);
-    file.seek(0);
-    return QString::fromUtf8(file.readAll());
-}
-
-} // namespace
 
 // Built twice: as the other tests, and against a copy of the log that was compiled as for a release.
 class TestLog : public QObject
