@@ -126,6 +126,24 @@ FirstFields<Count> firstFields(QByteArrayView line)
     return first;
 }
 
+/// The first pieces of `text` between single separators; a piece may be empty, and an empty text is one such piece.
+/// `rest` begins with the separator behind the last of them.
+template<size_t Count>
+FirstFields<Count> firstPieces(QByteArrayView text, char separator)
+{
+    FirstFields<Count> first;
+    while (first.found < Count) {
+        const qsizetype end = text.indexOf(separator);
+        first.field[first.found++] = end < 0 ? text : text.first(end);
+        first.rest = end < 0 ? QByteArrayView() : text.sliced(end);
+        if (end < 0) {
+            break;
+        }
+        text = text.sliced(end + 1);
+    }
+    return first;
+}
+
 /// The fields of `text`, joined by single blanks.
 QString joinedFields(QByteArrayView text);
 
