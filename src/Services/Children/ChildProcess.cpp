@@ -16,9 +16,18 @@ std::chrono::milliseconds toMilliseconds(double seconds)
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
 }
 
-// Runs in the forked child before the program. Only functions of signal-safety(7) may be called here.
-void prepareChild()
+QByteArray textOf(Utf8Buffer &buffer)
 {
+    const bool isValid = buffer.isValid();
+    const QByteArray bytes = buffer.take();
+    return isValid ? bytes : QByteArray();
+}
+
+// Runs in the forked child before the program. Only functions of signal-safety(7) may be called here.
+void prepareChild(int output, int error)
+{
+    ::dup2(output, STDOUT_FILENO);
+    ::dup2(error, STDERR_FILENO);
     ::setsid();
     // A signal between here and the program must not run our own handlers, and none may stay blocked in the program.
     for (const int handled : {SIGTERM, SIGINT, SIGHUP}) {
@@ -47,8 +56,6 @@ ChildProcess::ChildProcess(ChildSetup setup, Done done)
             m_setup.onStarted(m_process.processId());
         }
     });
-    connect(&m_process, &QProcess::readyReadStandardOutput, this, &ChildProcess::drain);
-    connect(&m_process, &QProcess::readyReadStandardError, this, &ChildProcess::drain);
     connect(&m_process, &QProcess::finished, this, [this](int exitCode) { onFinished(exitCode); });
     // Queued: QProcess reports a failed fork from inside its start(), where a completion would surprise the caller.
     connect(
@@ -68,6 +75,11 @@ ChildProcess::~ChildProcess()
 
 void ChildProcess::start()
 {
+    if (!m_output.open() || !m_error.open()) {
+        const QString reason = m_output.error() + m_error.error();
+        QTimer::singleShot(0, this, [this, reason] { complete(ChildOutcome::Kind::FailedToStart, -1, reason); });
+        return;
+    }
     m_process.setProgram(m_setup.program);
     m_process.setArguments(m_setup.arguments);
     if (m_setup.environment) {
@@ -76,11 +88,16 @@ void ChildProcess::start()
     if (m_setup.input.isEmpty()) {
         m_process.setStandardInputFile(QProcess::nullDevice());
     }
-    m_process.setChildProcessModifier(prepareChild);
+    m_process.setStandardOutputFile(QProcess::nullDevice()); // ours take their place
+    m_process.setStandardErrorFile(QProcess::nullDevice());
+    m_process.setChildProcessModifier(
+        [output = m_output.writeEnd(), error = m_error.writeEnd()] { prepareChild(output, error); });
     if (m_setup.timeLimit) {
         m_timeLimit.start(toMilliseconds(*m_setup.timeLimit));
     }
     m_process.start(m_setup.input.isEmpty() ? QIODevice::ReadOnly : QIODevice::ReadWrite);
+    m_output.start();
+    m_error.start();
     if (!m_setup.input.isEmpty()) {
         m_process.write(m_setup.input);
         m_process.closeWriteChannel();
@@ -124,12 +141,6 @@ qint64 ChildProcess::processId() const
     return m_process.processId();
 }
 
-void ChildProcess::drain()
-{
-    m_output += m_process.readAllStandardOutput();
-    m_error += m_process.readAllStandardError();
-}
-
 void ChildProcess::onTimeLimit()
 {
     if (!isRunning()) {
@@ -145,7 +156,8 @@ void ChildProcess::onTimeLimit()
 
 void ChildProcess::onFinished(int exitCode)
 {
-    drain();
+    m_output.drain();
+    m_error.drain();
     complete(m_timedOut ? ChildOutcome::Kind::TimedOut : ChildOutcome::Kind::Exited, exitCode, {});
 }
 
@@ -154,6 +166,6 @@ void ChildProcess::complete(ChildOutcome::Kind kind, int exitCode, const QString
     m_timeLimit.stop();
     m_killDelay.stop();
     if (const Done done = std::exchange(m_done, nullptr)) {
-        done(this, {kind, exitCode, std::move(m_output), std::move(m_error), reason});
+        done(this, {kind, exitCode, textOf(m_output.text()), textOf(m_error.text()), reason});
     }
 }

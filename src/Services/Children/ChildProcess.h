@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Services/Children/PipeReader.h"
+
 #include <QByteArray>
 #include <QObject>
 #include <QProcess>
@@ -30,8 +32,8 @@ struct ChildOutcome {
 
     Kind kind = Kind::Cancelled;
     int exitCode = -1; ///< the exit status; for a child that a signal ended, the signal's number
-    QByteArray output; ///< all of standard output, undecoded
-    QByteArray error;  ///< all of standard error, undecoded
+    QByteArray output; ///< all of standard output if it is UTF-8, else nothing: half a text would be read as a whole
+    QByteArray error;  ///< all of standard error, likewise
     QString reason;    ///< the system's words where no process ran
 };
 
@@ -70,7 +72,6 @@ public:
     qint64 processId() const;
 
 private:
-    void drain();
     void onTimeLimit();
     void onFinished(int exitCode);
     void complete(ChildOutcome::Kind kind, int exitCode, const QString &reason);
@@ -80,7 +81,7 @@ private:
     QProcess m_process;
     QTimer m_timeLimit;
     QTimer m_killDelay;
-    QByteArray m_output;
-    QByteArray m_error;
+    PipeReader m_output;
+    PipeReader m_error;
     bool m_timedOut = false;
 };

@@ -2,7 +2,6 @@
 
 #include "Services/SSH/CommandResult.h"
 #include "Services/SSH/HostKeys.h"
-#include "Services/SSH/SSHLauncher.h"
 
 #include <algorithm>
 
@@ -46,8 +45,8 @@ SSHTestResult classify(const ChildOutcome &outcome, AuthMethod method)
         result.error = outcome.reason;
         return result;
     }
-    result.error = QString::fromUtf8(validUtf8(outcome.error));
-    result.success = outcome.exitCode == 0 && validUtf8(outcome.output).contains(kMarker);
+    result.error = QString::fromUtf8(outcome.error);
+    result.success = outcome.exitCode == 0 && outcome.output.contains(kMarker);
     if (outcome.exitCode == CommandResult::kSshFailed && result.error.contains("Host key verification failed"_L1)) {
         result.isHostKeyError = true;
         result.isNewHostKeyError = tellsNewHostKey(result.error);

@@ -104,7 +104,7 @@ QCoro::Task<bool> MasterSSHConnection::establish()
     }
     if (outcome.exitCode != 0 || !socketExists(m_controlPath)) {
         log(u"Master process exited with code "_s + QString::number(outcome.exitCode));
-        log(u"Error: "_s + (outcome.error.isValidUtf8() ? QString::fromUtf8(outcome.error) : u"error"_s));
+        log(u"Error: "_s + QString::fromUtf8(outcome.error));
         co_return false;
     }
     if (!outcome.output.contains(kEstablishedMarker)) {

@@ -93,21 +93,16 @@ CommandResult commandResult(ChildOutcome outcome, const QString &command, const 
         return result;
     case ChildOutcome::Kind::TimedOut:
         result.error = "Command execution timed out after " + decimalText(timeLimit.value_or(0)).toUtf8() +
-                       " seconds\n" + validUtf8(std::move(outcome.error));
+                       " seconds\n" + outcome.error;
         result.exitCode = CommandResult::kTimedOut;
         break;
     case ChildOutcome::Kind::Exited:
-        result.error = validUtf8(std::move(outcome.error));
+        result.error = std::move(outcome.error);
         result.exitCode = outcome.exitCode;
         break;
     }
-    result.output = validUtf8(std::move(outcome.output));
+    result.output = std::move(outcome.output);
     return result;
-}
-
-QByteArray validUtf8(QByteArray text)
-{
-    return text.isValidUtf8() ? text : QByteArray();
 }
 
 QString decimalText(double value)

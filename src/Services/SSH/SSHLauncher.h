@@ -60,8 +60,5 @@ private:
 /// What a run's outcome means as a command's result; `timeLimit` is the one that was set, in seconds.
 CommandResult commandResult(ChildOutcome outcome, const QString &command, const std::optional<double> &timeLimit);
 
-/// `text` if it is valid UTF-8, else nothing at all: half-decoded output would be parsed as if it were whole.
-QByteArray validUtf8(QByteArray text);
-
 /// `value` with at least one decimal: "30.0", "2.5".
 QString decimalText(double value);
