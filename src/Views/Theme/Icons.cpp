@@ -1,0 +1,137 @@
+#include "Views/Theme/Icons.h"
+
+#include "Views/Theme/Theme.h"
+
+#include <QFile>
+#include <QIconEngine>
+#include <QPainter>
+#include <QPixmapCache>
+#include <QSvgRenderer>
+
+using namespace Qt::StringLiterals;
+
+static void initIconResources()
+{
+    Q_INIT_RESOURCE(icons); // a static library's resources register themselves only when asked to
+}
+
+namespace
+{
+
+using ColorOf = const QColor &(*)(const Theme &);
+
+QString fileOf(IconName name)
+{
+    switch (name) {
+    case IconName::Plug:
+        return u"plug"_s;
+    case IconName::Refresh:
+        return u"arrow-clockwise"_s;
+    case IconName::Close:
+        return u"x-lg"_s;
+    case IconName::Info:
+        return u"info-circle"_s;
+    case IconName::Warning:
+        return u"exclamation-triangle"_s;
+    case IconName::Key:
+        return u"key"_s;
+    case IconName::Lock:
+        return u"lock"_s;
+    case IconName::Servers:
+        return u"hdd-stack"_s;
+    case IconName::Server:
+        return u"hdd"_s;
+    case IconName::Clipboard:
+        break;
+    }
+    return u"clipboard"_s;
+}
+
+QByteArray outline(IconName name, const QColor &color)
+{
+    static const bool isInitialised = (initIconResources(), true);
+    Q_UNUSED(isInitialised);
+    QFile file(u":/icons/"_s + fileOf(name) + u".svg"_s);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    return file.readAll().replace("currentColor", color.name().toLatin1());
+}
+
+const QColor &textColor(const Theme &theme)
+{
+    return theme.tokens().text;
+}
+
+class ThemeIconEngine : public QIconEngine
+{
+public:
+    ThemeIconEngine(IconName name, const Theme &theme, ColorOf color)
+        : m_name(name)
+        , m_theme(theme)
+        , m_color(color)
+    {
+    }
+
+    QIconEngine *clone() const override { return new ThemeIconEngine(m_name, m_theme, m_color); }
+
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State) override
+    {
+        const int size = std::min(rect.width(), rect.height());
+        const QPoint topLeft = rect.topLeft() + QPoint((rect.width() - size) / 2, (rect.height() - size) / 2);
+        const qreal ratio = painter->device() ? painter->device()->devicePixelRatioF() : 1;
+        painter->drawPixmap(topLeft, Icons::pixmap(m_name, colorFor(mode), size, ratio));
+    }
+
+    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State) override
+    {
+        return Icons::pixmap(m_name, colorFor(mode), std::min(size.width(), size.height()), 1);
+    }
+
+    QPixmap scaledPixmap(const QSize &size, QIcon::Mode mode, QIcon::State, qreal scale) override
+    {
+        const int side = qRound(std::min(size.width(), size.height()) / scale);
+        return Icons::pixmap(m_name, colorFor(mode), side, scale);
+    }
+
+private:
+    QColor colorFor(QIcon::Mode mode) const
+    {
+        return mode == QIcon::Disabled ? m_theme.tokens().faint : m_color(m_theme);
+    }
+
+    IconName m_name;
+    const Theme &m_theme;
+    ColorOf m_color;
+};
+
+} // namespace
+
+QIcon Icons::icon(IconName name, const Theme &theme)
+{
+    return icon(name, theme, &textColor);
+}
+
+QIcon Icons::icon(IconName name, const Theme &theme, const QColor &(*color)(const Theme &))
+{
+    return QIcon(new ThemeIconEngine(name, theme, color));
+}
+
+QPixmap Icons::pixmap(IconName name, const QColor &color, int size, qreal pixelRatio)
+{
+    const QString key =
+        u"tarnwell %1 %2 %3 %4"_s.arg(static_cast<int>(name)).arg(color.rgba(), 8, 16).arg(size).arg(pixelRatio);
+    QPixmap picture;
+    if (QPixmapCache::find(key, &picture)) {
+        return picture;
+    }
+    const int side = qCeil(size * pixelRatio);
+    picture = QPixmap(side, side);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    QSvgRenderer(outline(name, color)).render(&painter, QRectF(0, 0, side, side));
+    painter.end();
+    picture.setDevicePixelRatio(pixelRatio);
+    QPixmapCache::insert(key, picture);
+    return picture;
+}

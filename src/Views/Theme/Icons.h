@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QIcon>
+#include <QPixmap>
+
+class Theme;
+
+/// The icons in use, from Debian's package bootstrap-icons; the list of files stands in this folder's CMakeLists.txt.
+enum class IconName { Plug, Refresh, Close, Info, Warning, Key, Lock, Servers, Server, Clipboard };
+
+namespace Icons
+{
+
+/// An icon that is drawn from its outline at the size and pixel ratio of the moment, in the theme's colours of the
+/// moment: without `color` that of body text. Nothing is read before the first painting. `theme` outlives
+/// the icon.
+QIcon icon(IconName name, const Theme &theme);
+QIcon icon(IconName name, const Theme &theme, const QColor &(*color)(const Theme &));
+
+/// The same as a picture of `size` device-independent pixels in `color`; from a cache after the first time.
+QPixmap pixmap(IconName name, const QColor &color, int size, qreal pixelRatio);
+
+} // namespace Icons
