@@ -1,0 +1,195 @@
+#include "Views/Components/StatePage.h"
+
+#include "Views/Components/Labels.h"
+#include "Views/Theme/Icons.h"
+#include "Views/Theme/TarnwellStyle.h"
+
+#include <QPainter>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <QVBoxLayout>
+
+namespace
+{
+
+constexpr int kWidth = 440;
+constexpr int kPictureSize = 28;
+constexpr int kPictureGround = 56;
+
+} // namespace
+
+/// A picture, a title, text, a detail, room for more and a button, in a column in the middle.
+class StateMessage : public QWidget
+{
+    Q_OBJECT
+
+public:
+    StateMessage(const Theme &theme, QWidget *parent)
+        : QWidget(parent)
+        , m_theme(theme)
+        , m_column(new QWidget(this))
+        , m_picture(new QWidget(m_column))
+        , m_title(new TextLabel(theme, TextStyle::Title, {}, TextLabel::Shade::Text, m_column))
+        , m_text(new TextLabel(theme, TextStyle::Body, {}, TextLabel::Shade::Dim, m_column))
+        , m_detail(new TextLabel(theme, TextStyle::Mono, {}, TextLabel::Shade::Dim, m_column))
+        , m_extra(new QVBoxLayout)
+        , m_button(new QPushButton(m_column))
+    {
+        m_picture->setFixedSize(kPictureGround, kPictureGround);
+        m_picture->installEventFilter(this);
+        for (TextLabel *label : {m_title, m_text, m_detail}) {
+            label->setWordWrap(true);
+            label->setAlignment(Qt::AlignHCenter);
+        }
+        m_detail->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+
+        auto *column = new QVBoxLayout(m_column);
+        column->setContentsMargins(0, 0, 0, 0);
+        column->setSpacing(0);
+        column->addWidget(m_picture, 0, Qt::AlignHCenter);
+        column->addSpacing(16);
+        column->addWidget(m_title);
+        column->addSpacing(6);
+        column->addWidget(m_text);
+        column->addSpacing(6);
+        column->addWidget(m_detail);
+        column->addSpacing(10);
+        column->addLayout(m_extra);
+        column->addSpacing(6);
+        column->addWidget(m_button, 0, Qt::AlignHCenter);
+        m_column->setFixedWidth(kWidth);
+
+        // A little above the middle is where the eye looks for it.
+        auto *page = new QVBoxLayout(this);
+        page->addStretch(2);
+        page->addWidget(m_column, 0, Qt::AlignHCenter);
+        page->addStretch(3);
+    }
+
+    void set(StatePage::State state, const StatePage::Message &message, const QString &buttonText)
+    {
+        m_state = state;
+        m_current = message;
+        m_title->setText(message.title);
+        m_text->setText(message.text);
+        m_text->setVisible(!message.text.isEmpty());
+        m_detail->setText(message.detail);
+        m_detail->setVisible(!message.detail.isEmpty());
+        m_button->setText(buttonText);
+        m_button->setVisible(!buttonText.isEmpty());
+        setExtraVisible(state == StatePage::State::Error);
+        setAccessibleName(message.title);
+        m_picture->update();
+    }
+
+    void setExtra(QWidget *extra)
+    {
+        if (m_extra->count() > 0) {
+            delete m_extra->takeAt(0)->widget();
+        }
+        if (extra) {
+            m_extra->addWidget(extra, 0, Qt::AlignHCenter);
+        }
+    }
+
+    StatePage::Message current() const { return m_current; }
+
+    QPushButton &button() const { return *m_button; }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (watched != m_picture || event->type() != QEvent::Paint) {
+            return QWidget::eventFilter(watched, event);
+        }
+        QPainter painter(m_picture);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const bool isError = m_state == StatePage::State::Error;
+        const Tone &tone = m_theme.tone(isError ? ToneName::Red : ToneName::Gray);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(tone.soft);
+        painter.drawEllipse(m_picture->rect());
+        const int offset = (kPictureGround - kPictureSize) / 2;
+        painter.drawPixmap(offset, offset,
+                           Icons::pixmap(isError ? IconName::Plug : IconName::Servers, tone.text, kPictureSize,
+                                         devicePixelRatioF()));
+        return true;
+    }
+
+private:
+    void setExtraVisible(bool isVisible)
+    {
+        if (m_extra->count() > 0) {
+            m_extra->itemAt(0)->widget()->setVisible(isVisible);
+        }
+    }
+
+    const Theme &m_theme;
+    QWidget *m_column;
+    QWidget *m_picture;
+    TextLabel *m_title;
+    TextLabel *m_text;
+    TextLabel *m_detail;
+    QVBoxLayout *m_extra;
+    QPushButton *m_button;
+    StatePage::State m_state = StatePage::State::Empty;
+    StatePage::Message m_current;
+};
+
+StatePage::StatePage(const Theme &theme, QWidget *content, QWidget *parent)
+    : QWidget(parent)
+    , m_pages(new QStackedLayout(this))
+    , m_message(new StateMessage(theme, this))
+    , m_content(content)
+{
+    m_pages->addWidget(m_message);
+    m_pages->addWidget(content);
+    m_pages->setCurrentWidget(content);
+    connect(&m_message->button(), &QPushButton::clicked, this, &StatePage::retryRequested);
+}
+
+void StatePage::showLoading(const Message &message)
+{
+    show(State::Loading, message, {});
+}
+
+void StatePage::showError(const Message &message, const QString &buttonText)
+{
+    show(State::Error, message, buttonText.isEmpty() ? tr("Retry") : buttonText);
+}
+
+void StatePage::showEmpty(const Message &message, const QString &buttonText)
+{
+    show(State::Empty, message, buttonText);
+}
+
+void StatePage::showContent()
+{
+    m_state = State::Content;
+    m_message->set(State::Empty, {}, {});
+    m_pages->setCurrentWidget(m_content);
+}
+
+void StatePage::show(State state, const Message &message, const QString &buttonText)
+{
+    m_state = state;
+    m_message->set(state, message, buttonText);
+    m_pages->setCurrentWidget(m_message);
+}
+
+StatePage::Message StatePage::message() const
+{
+    return m_message->current();
+}
+
+void StatePage::setErrorExtra(QWidget *extra)
+{
+    m_message->setExtra(extra);
+}
+
+QPushButton &StatePage::button() const
+{
+    return m_message->button();
+}
+
+#include "StatePage.moc"

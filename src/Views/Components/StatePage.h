@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QWidget>
+
+class QPushButton;
+class QStackedLayout;
+class QVBoxLayout;
+class StateMessage;
+class Theme;
+
+/// The one place that switches between loading, error, empty and content. All of them take the same room.
+class StatePage : public QWidget
+{
+    Q_OBJECT
+
+public:
+    enum class State { Loading, Error, Empty, Content };
+
+    struct Message {
+        QString title;
+        QString text;   ///< what it means, and what to do
+        QString detail; ///< what the other side said, to be copied; shown in the monospaced font
+    };
+
+    StatePage(const Theme &theme, QWidget *content, QWidget *parent = nullptr);
+
+    void showLoading(const Message &message);
+
+    /// With a button "Retry", or the given words.
+    void showError(const Message &message, const QString &buttonText = {});
+
+    void showEmpty(const Message &message, const QString &buttonText = {});
+    void showContent();
+
+    State state() const { return m_state; }
+
+    /// What is on show; empty texts with content.
+    Message message() const;
+
+    /// A widget below the message of an error, for instance a field that is wanted to go on. The page owns it.
+    void setErrorExtra(QWidget *extra);
+
+    QPushButton &button() const;
+
+Q_SIGNALS:
+    /// The button of the error or of the empty page.
+    void retryRequested();
+
+private:
+    void show(State state, const Message &message, const QString &buttonText);
+
+    State m_state = State::Content;
+    QStackedLayout *m_pages;
+    StateMessage *m_message;
+    QWidget *m_content;
+};

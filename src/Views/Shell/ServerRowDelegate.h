@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Views/Theme/Theme.h"
+
+#include <QStyledItemDelegate>
+
+/// Paints a server's row: state, name, address, and its labels as pills.
+class ServerRowDelegate : public QStyledItemDelegate
+{
+    Q_OBJECT
+
+public:
+    explicit ServerRowDelegate(const Theme &theme, QObject *parent = nullptr);
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+
+    /// One of two sizes: with or without labels.
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+
+private:
+    void paintGround(QPainter &painter, const QStyleOptionViewItem &option, const QRect &ground) const;
+    void paintLabels(QPainter &painter, const QRect &line, const QStringList &labels) const;
+    QColor dotColor(const QModelIndex &index) const;
+
+    const Theme &m_theme;
+    QFont m_nameFont;
+    QFont m_addressFont;
+    QFont m_labelFont;
+    int m_nameHeight;
+    int m_addressHeight;
+    int m_labelHeight;
+};
