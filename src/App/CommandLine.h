@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <optional>
+
+/// What the program was asked to do.
+struct CommandLine {
+    QString profileDirectory;               ///< absolute; empty for the operator's own
+    std::optional<QString> renderDirectory; ///< absolute: write pictures of the window there, and quit
+    bool measuresStart = false;             ///< print the cost of the start, and quit
+
+    /// Text to print instead of starting, and the exit code then.
+    QString message;
+    std::optional<int> exitCode;
+
+    /// `arguments` with the program's name first. Needs a QCoreApplication.
+    static CommandLine parse(const QStringList &arguments);
+};

@@ -1,0 +1,57 @@
+#include "App/StartMeasure.h"
+
+#include <QFile>
+#include <QList>
+#include <ctime>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Of a line "Name:   123 kB".
+qint64 kiBOf(const QByteArray &content, const QByteArray &name)
+{
+    for (const QByteArray &line : content.split('\n')) {
+        if (line.startsWith(name + ':')) {
+            return line.simplified().split(' ').value(1).toLongLong();
+        }
+    }
+    return 0;
+}
+
+double secondsSinceStart()
+{
+    // The second field is the program's name in brackets and may hold anything.
+    const QByteArray stat = contentOf(u"/proc/self/stat"_s);
+    const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
+    const double start = fields.value(19).toDouble() / static_cast<double>(sysconf(_SC_CLK_TCK));
+    timespec now{};
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9 - start;
+}
+
+} // namespace
+
+StartMeasure StartMeasure::now()
+{
+    StartMeasure measure;
+    measure.milliseconds = secondsSinceStart() * 1000;
+    measure.residentKiB = kiBOf(contentOf(u"/proc/self/status"_s), "VmRSS");
+    measure.proportionalKiB = kiBOf(contentOf(u"/proc/self/smaps_rollup"_s), "Pss");
+    return measure;
+}
+
+QString StartMeasure::line() const
+{
+    return u"first-paint-ms=%1 rss-kib=%2 pss-kib=%3"_s.arg(milliseconds, 0, 'f', 0)
+        .arg(residentKiB)
+        .arg(proportionalKiB);
+}

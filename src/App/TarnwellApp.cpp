@@ -1,0 +1,192 @@
+#include "App/TarnwellApp.h"
+
+#include "App/AppDelegate.h"
+#include "App/AppState.h"
+#include "App/FirstPaint.h"
+#include "App/StartMeasure.h"
+#include "App/WindowPictures.h"
+#include "Helpers/Clock.h"
+#include "Helpers/Tasks.h"
+#include "Models/AppSettings.h"
+#include "Models/ServerStore.h"
+#include "Models/UserDefaults.h"
+#include "Services/Children/ChildProcesses.h"
+#include "Services/Commands/CommandSSHManager.h"
+#include "Services/LoginItem.h"
+#include "Services/SSH/AskpassHelper.h"
+#include "Services/SSH/KeychainManager.h"
+#include "Services/SSH/RuntimeDirectory.h"
+#include "Services/SSH/SSHConnectionPool.h"
+#include "Services/SSH/SSHLauncher.h"
+#include "Services/SSH/SSHProcessTracker.h"
+#include "Services/SSH/SessionSecretStore.h"
+#include "Views/Shell/ContentView.h"
+#include "Views/Shell/HostKeyDialog.h"
+#include "Views/Theme/DesktopAppearance.h"
+#include "Views/Theme/Theme.h"
+
+#include <QCoreApplication>
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// What a change of the server list causes in the transport and in the keychain.
+class ServerListEffects : public ServerStoreDelegate
+{
+public:
+    ServerListEffects(SSHConnectionPool &pool, CommandSSHManager &manager, KeychainManager &keychain)
+        : m_pool(pool)
+        , m_manager(manager)
+        , m_keychain(keychain)
+    {
+    }
+
+    void sshSettingsChanged(const Server &updated) override
+    {
+        m_pool.closeConnection(updated);
+        m_manager.invalidateServerCache(updated);
+    }
+
+    void serverDeleted(const Server &removed) override
+    {
+        if (removed.authMethod == AuthMethod::Password) {
+            m_keychain.deletePassword(KeychainManager::passwordAccount(removed));
+        }
+    }
+
+private:
+    SSHConnectionPool &m_pool;
+    CommandSSHManager &m_manager;
+    KeychainManager &m_keychain;
+};
+
+QStringList loginCommand(const CommandLine &line)
+{
+    QStringList command{QCoreApplication::applicationFilePath()};
+    if (!line.profileDirectory.isEmpty()) {
+        command << u"--profile"_s << line.profileDirectory;
+    }
+    return command;
+}
+
+} // namespace
+
+/// Every object that there is one of, in the order in which they are made; they go in the opposite order.
+struct TarnwellApp::Objects {
+    explicit Objects(const CommandLine &line)
+        : defaults(line.profileDirectory.isEmpty() ? UserDefaults::defaultDirectory() : line.profileDirectory)
+        , settings(defaults)
+        , loginItem(LoginItem::defaultDirectory(), loginCommand(line))
+        , askpass(runtimeDirectory)
+        , launcher(children, tracker, askpass)
+        , pool(launcher, settings, runtimeDirectory)
+        , keychain(secrets, clock)
+        , hostKeyDialog(theme)
+        , manager({launcher, keychain, settings, hostKeyDialog}, pool)
+        , serverListEffects(pool, manager, keychain)
+        , store(defaults, clock, &serverListEffects)
+        , state{&store}
+        , delegate({defaults, settings, theme, desktop, pool, tracker, children, secrets, askpass})
+    {
+        theme.install();
+        delegate.applicationDidFinishLaunching();
+        window = std::make_unique<ContentView>(theme, ContentView::Services{store, manager, clock});
+    }
+
+    SystemClock clock;
+    UserDefaults defaults;
+    AppSettings settings;
+    LoginItem loginItem;
+
+    RuntimeDirectory runtimeDirectory;
+    AskpassHelper askpass;
+    ChildProcesses children;
+    SSHProcessTracker tracker;
+    SSHLauncher launcher;
+    SSHConnectionPool pool;
+    SessionSecretStore secrets;
+    KeychainManager keychain;
+
+    Theme theme;
+    DesktopAppearance desktop;
+    HostKeyDialog hostKeyDialog;
+
+    CommandSSHManager manager;
+    ServerListEffects serverListEffects;
+    ServerStore store;
+    AppState state;
+    AppDelegate delegate;
+    std::unique_ptr<ContentView> window;
+    std::unique_ptr<WindowPictures> pictures;
+};
+
+TarnwellApp::TarnwellApp(const CommandLine &line)
+    : m_line(line)
+    , m_objects(std::make_unique<Objects>(line))
+{
+    wire();
+}
+
+TarnwellApp::~TarnwellApp() = default;
+
+ContentView &TarnwellApp::window() const
+{
+    return *m_objects->window;
+}
+
+Theme &TarnwellApp::theme() const
+{
+    return m_objects->theme;
+}
+
+const AppState &TarnwellApp::state() const
+{
+    return m_objects->state;
+}
+
+void TarnwellApp::wire()
+{
+    Objects &o = *m_objects;
+    connect(qApp, &QCoreApplication::aboutToQuit, &o.delegate, &AppDelegate::applicationWillTerminate);
+    connect(&o.settings, &AppSettings::useConnectionPoolingChanged, &o.pool, [&o](bool isUsed) {
+        if (!isUsed) {
+            o.pool.closeAllConnections();
+        }
+    });
+    connect(&o.settings, &AppSettings::launchAtLoginChanged, this,
+            [&o](bool isEnabled) { o.loginItem.setEnabled(isEnabled); });
+    connect(&o.defaults, &UserDefaults::noticeAvailable, o.window.get(),
+            [&o] { o.window->addNotice(o.defaults.notice()); });
+}
+
+void TarnwellApp::start()
+{
+    Objects &o = *m_objects;
+    o.window->addNotice(o.defaults.notice());
+    o.window->addNotice(o.runtimeDirectory.refusal());
+    new FirstPaint(*o.window, [this] { afterFirstPaint(); });
+    o.window->show();
+}
+
+void TarnwellApp::afterFirstPaint()
+{
+    Objects &o = *m_objects;
+    if (m_line.measuresStart) {
+        std::fputs(qPrintable(StartMeasure::now().line() + u'\n'), stdout);
+        QCoreApplication::quit();
+        return;
+    }
+    if (m_line.renderDirectory) {
+        o.pictures =
+            std::make_unique<WindowPictures>(*o.window, o.theme, *o.state.serverStore, *m_line.renderDirectory);
+        connect(o.pictures.get(), &WindowPictures::finished, qApp, [](int code) { QCoreApplication::exit(code); });
+        o.pictures->start();
+        return;
+    }
+    o.desktop.start();
+    whenDone(o.secrets.notice(), o.window.get(),
+             [window = o.window.get()](const QString &notice) { window->addNotice(notice); });
+}
