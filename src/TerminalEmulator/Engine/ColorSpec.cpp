@@ -1,8 +1,9 @@
-#include "TerminalEmulator/Engine/Palette.h"
+#include "TerminalEmulator/Engine/DeviceColor.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace vt {
 
@@ -121,7 +122,16 @@ std::optional<DeepColor> parseColor(std::string_view text)
     if (space == "rgb") {
         return scaled(text.substr(colon + 1));
     }
-    return std::nullopt;
+    const auto fields = threeFields(text.substr(colon + 1));
+    std::array<double, 3> values{};
+    for (size_t at = 0; fields && at < 3; ++at) {
+        const std::string_view field = (*fields)[at];
+        const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), values[at]);
+        if (error != std::errc() || end != field.data() + field.size() || !std::isfinite(values[at])) {
+            return std::nullopt;
+        }
+    }
+    return fields ? deviceColor(space, values[0], values[1], values[2]) : std::nullopt;
 }
 
 } // namespace vt

@@ -31,7 +31,9 @@ std::string_view take(std::string_view &rest, char separator)
 std::string colorText(DeepColor color)
 {
     char text[32];
-    std::snprintf(text, sizeof text, "rgb:%04x/%04x/%04x", color.red, color.green, color.blue);
+    // Displays have eight bits a colour: that is what a colour that was set has become.
+    const auto shown = [](uint16_t part) { return (part >> 8) * 0x101u; };
+    std::snprintf(text, sizeof text, "rgb:%04x/%04x/%04x", shown(color.red), shown(color.green), shown(color.blue));
     return text;
 }
 

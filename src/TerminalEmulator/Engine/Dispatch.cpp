@@ -142,7 +142,6 @@ const std::vector<Emulation::Entry> &Emulation::escapeTable()
 
 void Emulation::buildDirect()
 {
-    m_directLevels.fill(0);
     for (const Entry &entry : controlTable()) {
         if ((entry.key & ~0xffu) == 0) {
             m_directControls[(entry.key & 0xff) - 0x40] = entry.handler;

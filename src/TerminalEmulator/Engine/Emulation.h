@@ -34,6 +34,8 @@ public:
     // ---- what the parser calls -------------------------------------------------------------------------------
     /// Takes text from `at` and returns where it ends: at a control character or at `end`.
     const uint8_t *text(const uint8_t *at, const uint8_t *end);
+    /// A character's bytes were cut by the end of a block.
+    bool isDecoding() const { return m_decodeNeed != 0; }
     void execute(uint8_t control);
     void escape(const Sequence &sequence);
     void control(const Sequence &sequence);
@@ -383,7 +385,6 @@ private:
     bool m_rectangleExtent = false; ///< DECSACE 2
     int m_checksumFlags = 0;
     int m_titleModes = 0;
-    int m_mouseMode = 0;
     bool m_statusDisplayActive = false;
     int m_statusDisplay = 0;
     struct SavedTitle {
@@ -400,7 +401,6 @@ private:
         int restoreRows = 0;
     } m_window;
     std::array<Handler, 64> m_directControls{};
-    std::array<uint8_t, 64> m_directLevels{};
     uint32_t m_currentLink = 0;
 };
 

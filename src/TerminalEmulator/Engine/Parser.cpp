@@ -83,9 +83,11 @@ void Parser::feed(const uint8_t *at, const uint8_t *end)
                 vt52(*at++);
                 break;
             }
-            at = m_sink.text(at, end);
-            if (at == end || m_state != Ground || *at >= 0x20) {
-                break;
+            if (*at >= 0x20 || m_sink.isDecoding()) {
+                at = m_sink.text(at, end);
+                if (at == end || m_state != Ground || *at >= 0x20) {
+                    break;
+                }
             }
             const uint8_t byte = *at++;
             if (byte != 0x1b) {
@@ -94,6 +96,7 @@ void Parser::feed(const uint8_t *at, const uint8_t *end)
                 ++at;
                 clear();
                 m_state = CsiEntry;
+                at = sequence(at, end);
             } else {
                 clear();
                 m_state = Escape;
@@ -122,6 +125,15 @@ const uint8_t *Parser::sequence(const uint8_t *at, const uint8_t *end)
         if (at == end) {
             return at;
         }
+        if (*at >= 0x40 && *at < 0x7f) {
+            m_state = Ground;
+            m_sequence.final = static_cast<char>(*at);
+            m_sink.control(m_sequence);
+            return at + 1;
+        }
+    }
+    if (at == end) {
+        return at;
     }
     const uint8_t byte = *at;
     if (byte >= 0x80) {

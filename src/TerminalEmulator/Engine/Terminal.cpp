@@ -1,20 +1,15 @@
 #include "TerminalEmulator/Engine/Terminal.h"
 
-#include "TerminalEmulator/Engine/Emulation.h"
+#include "TerminalEmulator/Engine/TerminalExtra.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace vt {
 
-/// What Terminal keeps beside the emulation.
-struct Terminal::Extra {
-    CursorState lastCursor;
-};
-
 Terminal::Terminal(const Options &options)
     : m_emulation(std::make_unique<Emulation>(options))
-    , m_extra(std::make_unique<Extra>())
+    , m_extra(std::make_unique<Extra>(*m_emulation))
 {
 }
 
