@@ -37,6 +37,14 @@ QCoro::Task<> collect(std::shared_ptr<Shot> shot, std::shared_ptr<QList<int>> in
     into->append((co_await shot->wait()).value);
 }
 
+QCoro::Task<> dropBoth(std::unique_ptr<Shot> *shot, std::unique_ptr<Shot::Completer> *done, std::optional<int> *into)
+{
+    const Counted value = co_await (*shot)->wait();
+    done->reset();
+    shot->reset();
+    *into = value.value;
+}
+
 } // namespace
 
 class TestOneShot : public QObject
@@ -130,13 +138,7 @@ void TestOneShot::theWaiterMayDestroyEverything()
     auto shot = std::make_unique<Shot>(Counted(-1));
     auto done = std::make_unique<Shot::Completer>(shot->completer());
     std::optional<int> got;
-    const auto consume = [&]() -> QCoro::Task<> {
-        const Counted value = co_await shot->wait();
-        done.reset();
-        shot.reset();
-        got = value.value;
-    };
-    consume();
+    dropBoth(&shot, &done, &got);
     const Shot::Completer *const borrowed = done.get();
     borrowed->complete(Counted(5));
     QCOMPARE(got, 5);

@@ -97,7 +97,7 @@ std::optional<QString> AskpassHelper::createAskpassScript(const QString &secret)
         return fail(u"the secret is not encodable as UTF-8"_s);
     }
     const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
-    const QString path = m_directory.path() + u"/tarnwell_askpass_"_s + id + u".sh"_s;
+    QString path = m_directory.path() + u"/tarnwell_askpass_"_s + id + u".sh"_s;
     const bool written = writeScript(QFile::encodeName(path), *script);
     const int cause = errno;
     wipe(*script);

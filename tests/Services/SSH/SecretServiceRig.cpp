@@ -48,7 +48,7 @@ const QDBusArgument &operator>>(const QDBusArgument &in, WireSecret &secret)
     in.beginStructure();
     in >> secret.session >> secret.parameters >> secret.value >> secret.contentType;
     in.endStructure();
-    return in;
+    return in; // NOLINT(bugprone-return-const-ref-from-parameter): the form that QtDBus asks for
 }
 
 using Texts = QMap<QString, QString>;
@@ -105,6 +105,11 @@ QProcessEnvironment PrivateBus::environment(const QString &home) const
     environment.insert(u"XDG_DATA_HOME"_s, home);
     environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, m_address);
     return environment;
+}
+
+bool PrivateBus::isInstalled()
+{
+    return !QStandardPaths::findExecutable(u"dbus-daemon"_s).isEmpty();
 }
 
 bool KeyringDaemon::isInstalled()

@@ -13,6 +13,8 @@
 class PrivateBus
 {
 public:
+    static bool isInstalled();
+
     /// False, with `error`, if the bus doesn't come up.
     bool start();
     void stop();

@@ -109,11 +109,14 @@ private:
 
 void TestSecretService::initTestCase()
 {
+    if (!PrivateBus::isInstalled()) {
+        QSKIP("dbus-daemon is not installed");
+    }
     qunsetenv("XDG_RUNTIME_DIR");
     qunsetenv("DISPLAY");
     // The same program is run with and without GLib's event loop.
     QCOMPARE(QAbstractEventDispatcher::instance()->inherits("QEventDispatcherGlib"),
-             !qEnvironmentVariableIsSet("QT_NO_GLIB"));
+             qEnvironmentVariableIsEmpty("QT_NO_GLIB"));
     QVERIFY2(m_bus.start(), qPrintable(m_bus.error()));
 }
 
@@ -215,7 +218,7 @@ void TestSecretService::secretsComeBack_data()
     QTest::newRow("not ascii") << u"j\u00fcrgen@h\u00f6st:22"_s << QByteArray("p\xc3\xa4ss \xf0\x9f\x94\x91");
     QTest::newRow("passphrase") << u"passphrase:root@host:22"_s << QByteArray("with \"quotes\" and\nlines");
     QTest::newRow("empty") << u"empty@host:22"_s << QByteArray("");
-    QTest::newRow("long") << u"long@host:22"_s << QByteArray(64 * 1024, 'x');
+    QTest::newRow("long") << u"long@host:22"_s << QByteArray(65536, 'x');
 }
 
 void TestSecretService::secretsComeBack()
