@@ -316,6 +316,9 @@ void TestSecretService::aKeyringThatRestarts()
     }
     QCOMPARE(await(m_store->add(u"a@host:22"_s, "kept")), Success);
     daemon->stop();
+    QVERIFY(daemon->start());
+    QCOMPARE(get(u"a@host:22"_s).data, QByteArray("kept"));
+    daemon->stop();
     QCOMPARE(get(u"a@host:22"_s).status, Failed);
     QVERIFY(daemon->start());
     QCOMPARE(get(u"a@host:22"_s).data, QByteArray("kept"));
