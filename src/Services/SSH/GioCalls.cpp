@@ -43,16 +43,19 @@ GioCalls::~GioCalls()
     close();
 }
 
+void GioCalls::catchUp()
+{
+    if (!dispatcherRunsGlib() && !m_state->pump.isActive()) {
+        runContext();
+    }
+}
+
 GioCalls::Call *GioCalls::begin(const OneShot<Result> &shot)
 {
     if (m_state->isClosed) {
         return nullptr;
     }
     if (!dispatcherRunsGlib()) {
-        // What came in while nothing was under way (a service that went) is to be known before the call.
-        if (!m_state->pump.isActive()) {
-            runContext();
-        }
         m_state->pump.start();
     }
     auto *const call = new Call{m_state, adoptObject(g_cancellable_new()), shot.completer()};

@@ -46,6 +46,10 @@ public:
         return shot.wait();
     }
 
+    /// Without GLib's event loop: delivers what came in while no call was under way, for instance that a service
+    /// went. To be called before GIO is asked for what it knows.
+    void catchUp();
+
     /// Cancels what is under way. Whoever waits has been resumed, with null, when this returns; what GIO still
     /// has to clean up, it does later from the event loop.
     void cancelAll();

@@ -135,6 +135,7 @@ QByteArray ownerOf(const Service &service)
 
 QCoro::Task<Service> openService(Link link)
 {
+    link->calls.catchUp();
     // A session belongs to the process that opened it: after a restart of the keyring it is worth nothing.
     if (link->service && !link->owner.isEmpty() && ownerOf(link->service) == link->owner) {
         co_return link->service;
