@@ -51,7 +51,9 @@ void readMemoryLine(QByteArrayView line, const std::array<MemoryKey, Count> &key
 
 double cpuUsage(QByteArrayView output)
 {
-    return Text::decimalNumber(Text::trimmed(output)).value_or(0);
+    // A login script that talks does so before the answer.
+    const QByteArrayView whole = Text::trimmed(output);
+    return Text::decimalNumber(Text::trimmed(whole.sliced(whole.lastIndexOf('\n') + 1))).value_or(0);
 }
 
 MemoryMetrics memory(QByteArrayView output)
@@ -59,6 +61,9 @@ MemoryMetrics memory(QByteArrayView output)
     MemoryMetrics memory;
     const auto lines = Text::lines(output);
     auto line = lines.begin();
+    while (line != lines.end() && !(*line).startsWith("TOTAL:")) {
+        ++line;
+    }
     if (line != lines.end()) {
         readMemoryLine(*line, kMemoryKeys, memory);
         ++line;

@@ -30,7 +30,7 @@ struct DiskCounters {
 /// A server has a few of either; what one lists beyond this number is passed over.
 inline constexpr qsizetype kMostCounters = 4096;
 
-/// Of GetCPUUsageCommand: one number, in percent. May be above 100.
+/// Of GetCPUUsageCommand: the number on the last line, in percent; 0 when that is none. May be above 100.
 double cpuUsage(QByteArrayView output);
 
 /// Of GetMemoryMetricsCommand, in bytes: a line of KEY:number pieces between bars for main memory, one for swap.
