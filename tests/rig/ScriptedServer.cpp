@@ -54,6 +54,16 @@ Server ScriptedServer::server()
 void ScriptedServer::release(bool newestFirst)
 {
     m_state->isHolding = false;
+    answerWaiting(newestFirst);
+}
+
+void ScriptedServer::step()
+{
+    answerWaiting(false);
+}
+
+void ScriptedServer::answerWaiting(bool newestFirst)
+{
     auto waiting = std::exchange(m_state->waiting, {});
     if (newestFirst) {
         std::ranges::reverse(waiting);

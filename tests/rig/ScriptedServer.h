@@ -29,6 +29,9 @@ public:
     /// Answers the lines that wait, the newest first where `newestFirst`, and holds no more.
     void release(bool newestFirst = false);
 
+    /// Answers the lines that wait; those that follow from it wait again.
+    void step();
+
     /// The lines so far, in the order in which they were sent.
     const QStringList &lines() const { return m_state->lines; }
 
@@ -43,6 +46,8 @@ private:
     };
 
     class Connection;
+
+    void answerWaiting(bool newestFirst);
 
     std::shared_ptr<State> m_state = std::make_shared<State>();
     TestTransport m_transport;

@@ -1,12 +1,9 @@
-#include "Helpers/ManualClock.h"
-#include "rig/ScriptedServer.h"
+#include "Services/Monitoring/MonitoredFixture.h"
 
-#include "Models/ServerStore.h"
 #include "Services/Commands/SystemCommands.h"
 #include "Services/Monitoring/SystemInformation.h"
 
 #include <QCoroTask>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -31,42 +28,20 @@ private:
         return line == SystemInfoCommand().commandString() ? m_facts : m_devices;
     }
 
-    Server record() const { return *m_store->server(m_server.id); }
-
-    // What the store knows of the server.
-    void keep(const std::optional<SystemInfo> &info)
-    {
-        m_server.systemInfo = info;
-        m_store->updateServer(m_server);
-    }
-
-    Server m_server;
     CommandResult m_facts;
     CommandResult m_devices;
-    ManualClock m_clock;
-    std::unique_ptr<QTemporaryDir> m_directory;
-    std::unique_ptr<UserDefaults> m_defaults;
-    std::unique_ptr<ServerStore> m_store;
-    std::unique_ptr<ScriptedServer> m_scripted;
+    std::unique_ptr<MonitoredFixture> m_rig;
     std::unique_ptr<SystemInformation> m_information;
 };
 
 void TestSystemInformation::init()
 {
-    m_server = ScriptedServer::server();
-    m_server.isConnected = true;
     m_facts = ScriptedServer::said("=== HOSTNAME ===\nweb-01\n=== DISK ===\n/dev/vda1 98G 41G 52G 45% /\n");
     m_devices = ScriptedServer::said(R"({"blockdevices":[]})");
     m_information.reset();
-    m_store.reset();
-    m_directory = std::make_unique<QTemporaryDir>();
-    m_defaults = std::make_unique<UserDefaults>(m_directory->path());
-    m_store = std::make_unique<ServerStore>(*m_defaults, m_clock);
-    m_store->addServer(m_server);
-    m_scripted = std::make_unique<ScriptedServer>();
-    m_scripted->setAnswer([this](const QString &line) { return answer(line); });
-    m_information =
-        std::make_unique<SystemInformation>(MonitoredServer{m_scripted->manager, *m_store, m_clock, m_server.id});
+    m_rig = std::make_unique<MonitoredFixture>();
+    m_rig->scripted.setAnswer([this](const QString &line) { return answer(line); });
+    m_information = std::make_unique<SystemInformation>(m_rig->monitored());
 }
 
 void TestSystemInformation::asksBothLinesAndTells()
@@ -75,35 +50,36 @@ void TestSystemInformation::asksBothLinesAndTells()
     connect(m_information.get(), &SystemInformation::changed, this,
             [&] { refreshing.append(m_information->isRefreshing()); });
     QCoro::waitFor(m_information->refreshSystemInfoIfNeeded());
-    QCOMPARE(m_scripted->lines(),
+    QCOMPARE(m_rig->scripted.lines(),
              (QStringList{SystemInfoCommand().commandString(), StorageDevicesCommand().commandString()}));
     const SystemInfo info = *m_information->systemInfo();
     QCOMPARE(info.hostname, u"web-01"_s);
     QCOMPARE(info.diskUsage.size(), 1);
-    QCOMPARE(info.lastUpdated, m_clock.now());
+    QCOMPARE(info.lastUpdated, m_rig->clock.now());
     QVERIFY(info.storageDevices && info.storageDevices->isEmpty());
     QCOMPARE(refreshing, (QList<bool>{true, false}));
-    QCOMPARE(record().systemInfo, std::optional(info));
+    QCOMPARE(m_rig->record().systemInfo, std::optional(info));
 
-    m_store->updateServerConnection(m_server, false);
+    m_rig->setConnected(false);
     QCoro::waitFor(m_information->refreshSystemInfo());
     QCoro::waitFor(m_information->refreshSystemInfoIfNeeded());
-    QCOMPARE(m_scripted->lines().size(), 2);
+    QCOMPARE(m_rig->scripted.lines().size(), 2);
 }
 
 void TestSystemInformation::aYoungCompleteRecordIsEnough()
 {
-    keep(SystemInfo{.hostname = u"kept"_s, .lastUpdated = m_clock.now(), .storageDevices = {{}}});
-    m_clock.advance(299'999);
+    m_rig->setSystemInfo(
+        SystemInfo{.hostname = u"kept"_s, .lastUpdated = m_rig->clock.now(), .storageDevices = {{}}});
+    m_rig->clock.advance(299'999);
     QCoro::waitFor(m_information->refreshSystemInfoIfNeeded());
-    QVERIFY(m_scripted->lines().isEmpty());
+    QVERIFY(m_rig->scripted.lines().isEmpty());
     QCOMPARE(m_information->systemInfo()->hostname, u"kept"_s);
 }
 
 void TestSystemInformation::whatIsOldOrIncompleteIsAskedFor_data()
 {
     QTest::addColumn<std::optional<SystemInfo>>("kept");
-    const QDateTime now = m_clock.now();
+    const QDateTime now = ManualClock().now();
     QTest::newRow("nothing") << std::optional<SystemInfo>();
     QTest::newRow("old") << std::optional(SystemInfo{.lastUpdated = now.addSecs(-300), .storageDevices = {{}}});
     QTest::newRow("no devices") << std::optional(SystemInfo{.lastUpdated = now});
@@ -113,7 +89,7 @@ void TestSystemInformation::whatIsOldOrIncompleteIsAskedFor_data()
 void TestSystemInformation::whatIsOldOrIncompleteIsAskedFor()
 {
     QFETCH(std::optional<SystemInfo>, kept);
-    keep(kept);
+    m_rig->setSystemInfo(kept);
     QCoro::waitFor(m_information->refreshSystemInfoIfNeeded());
     QCOMPARE(m_information->systemInfo()->hostname, u"web-01"_s);
 }
@@ -129,27 +105,27 @@ void TestSystemInformation::failuresKeepWhatWasThere()
     QVERIFY(!m_information->refreshError());
     QCoro::waitFor(m_information->refreshSystemInfo());
     QCOMPARE(m_information->systemInfo()->hostname, u"web-01"_s);
-    QCOMPARE(record().systemInfo->hostname, u"web-01"_s);
+    QCOMPARE(m_rig->record().systemInfo->hostname, u"web-01"_s);
     QCOMPARE(m_information->refreshError(), std::optional(u"lost"_s));
     QVERIFY(!m_information->isRefreshing());
 }
 
 void TestSystemInformation::theNewestRefreshCounts()
 {
-    m_scripted->hold();
+    m_rig->scripted.hold();
     auto first = m_information->refreshSystemInfo();
     auto second = m_information->refreshSystemInfo();
-    m_scripted->release(true);
+    m_rig->scripted.release(true);
     QVERIFY(!m_information->isRefreshing());
     QVERIFY(m_information->systemInfo());
-    QCOMPARE(m_scripted->lines().size(), 3); // the older one stopped after its first line
+    QCOMPARE(m_rig->scripted.lines().size(), 3); // the older one stopped after its first line
 
-    m_scripted->hold();
+    m_rig->scripted.hold();
     auto cancelled = m_information->refreshSystemInfo();
     m_information->cancel();
     QVERIFY(!m_information->isRefreshing());
     m_facts = ScriptedServer::said("=== HOSTNAME ===\nlate\n");
-    m_scripted->release();
+    m_rig->scripted.release();
     QCOMPARE(m_information->systemInfo()->hostname, u"web-01"_s);
 }
 
@@ -157,19 +133,19 @@ void TestSystemInformation::theOwnerMayGoAtAnyMoment()
 {
     for (const int linesBefore : {1, 2}) {
         init();
-        m_scripted->hold();
+        m_rig->scripted.hold();
         auto refresh = m_information->refreshSystemInfo();
         if (linesBefore == 2) {
-            m_scripted->release();
-            m_scripted->hold();
+            m_rig->scripted.step();
         }
+        QCOMPARE(m_rig->scripted.lines().size(), linesBefore);
         m_information.reset();
-        m_scripted->release();
+        m_rig->scripted.release();
         QCoro::waitFor(refresh);
     }
     // Who hears of the new record may be who ends it.
     init();
-    connect(m_store.get(), &ServerStore::serverUpdated, this, [this] { m_information.reset(); });
+    connect(&m_rig->store, &ServerStore::serverUpdated, this, [this] { m_information.reset(); });
     QCoro::waitFor(m_information->refreshSystemInfo());
     QVERIFY(!m_information);
 }
