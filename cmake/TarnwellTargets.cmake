@@ -22,6 +22,15 @@ function(tarnwell_library name)
     endif()
 endfunction()
 
+find_program(LLVM_SYMBOLIZER NAMES llvm-symbolizer-19 llvm-symbolizer)
+set(TARNWELL_TEST_ENVIRONMENT "QT_QPA_PLATFORM=offscreen"
+    "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp" "ASAN_SYMBOLIZER_PATH=${LLVM_SYMBOLIZER}")
+
+# tarnwell_must_not_load(gui|qt PROGRAM): tests/house looks with ldd whether it does.
+function(tarnwell_must_not_load kind program)
+    set_property(GLOBAL APPEND_STRING PROPERTY TARNWELL_MUST_NOT_LOAD "${kind} $<TARGET_FILE:${program}>\n")
+endfunction()
+
 # tarnwell_test(NAME LIBS target... [LABELS label...] [LOCKS name...] [TIMEOUT seconds] [GUI])
 # One QtTest program from NAME.cpp, run by ctest without a display. Tests with a lock in common never run side by side.
 function(tarnwell_test name)
@@ -37,10 +46,13 @@ function(tarnwell_test name)
     if(NOT arg_GUI)
         target_precompile_headers(${name} REUSE_FROM tarnwell_test_pch)
     endif()
+    if(NOT arg_GUI)
+        tarnwell_must_not_load(gui ${name})
+    endif()
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}" RESOURCE_LOCK "${arg_LOCKS}"
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp"
-        SKIP_REGULAR_EXPRESSION "ALL TESTS SKIPPED")
+        ENVIRONMENT "${TARNWELL_TEST_ENVIRONMENT}"
+        SKIP_REGULAR_EXPRESSION "SKIP   : [A-Za-z0-9_]+::initTestCase\\(\\)")
 endfunction()
 
 # tarnwell_fuzz_target(NAME LIBS target...)
@@ -51,11 +63,17 @@ function(tarnwell_fuzz_target name)
     add_executable(${name} ${name}.cpp)
     target_compile_definitions(${name} PRIVATE ${TARNWELL_QT_DEFINITIONS})
     target_link_libraries(${name} PRIVATE ${arg_LIBS})
+    if(arg_LIBS STREQUAL "tarnwell_vt")
+        tarnwell_must_not_load(qt ${name})
+    else()
+        tarnwell_must_not_load(gui ${name})
+    endif()
     if(TARNWELL_FUZZ)
         target_link_options(${name} PRIVATE -fsanitize=fuzzer)
     else()
         target_sources(${name} PRIVATE replay.cpp)
         add_test(NAME replay_${name} COMMAND ${name} "${CMAKE_SOURCE_DIR}/fuzz/corpus/${name}")
-        set_tests_properties(replay_${name} PROPERTIES TIMEOUT 300 LABELS corpus)
+        set_tests_properties(replay_${name} PROPERTIES TIMEOUT 300 LABELS corpus
+            ENVIRONMENT "${TARNWELL_TEST_ENVIRONMENT}")
     endif()
 endfunction()
