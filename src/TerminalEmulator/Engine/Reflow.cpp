@@ -83,6 +83,15 @@ void Reflow::cut(std::vector<RowCopy> &out)
     if (m_line.size() < keep) {
         m_line.resize(keep);
     }
+    if (width < 2) {
+        // No place has two columns: what is wide stands in one.
+        std::erase_if(m_line, [](const Cell &cell) { return cell.isTail(); });
+        for (Cell &cell : m_line) {
+            cell.code &= ~Cell::Wide;
+        }
+        m_line.resize(std::max(m_line.size(), keep));
+        m_rowStart = std::min(m_rowStart, m_line.size());
+    }
     Cell fill;
     const size_t length = trimmed(keep, fill);
     size_t start = 0;

@@ -42,6 +42,7 @@ void Emulation::resize(int newColumns, int newRows)
         // The main screen's cursor is the one it will get back.
         m_x = m_main.saved.isSet ? m_main.saved.x : m_x;
         m_y = m_main.saved.isSet ? m_main.saved.y : m_y;
+        m_pendingWrap = m_main.saved.isSet && m_main.saved.pendingWrap;
     }
     reflow(newColumns, newRows);
     m_alternate.grid.resize(newColumns, newRows);
@@ -51,6 +52,7 @@ void Emulation::resize(int newColumns, int newRows)
         if (m_main.saved.isSet) {
             m_main.saved.x = m_x;
             m_main.saved.y = m_y;
+            m_main.saved.pendingWrap = m_pendingWrap;
         }
         m_x = std::min(oldX, newColumns - 1);
         m_y = std::min(oldY, newRows - 1);
