@@ -1,6 +1,9 @@
+#include "Helpers/Clock.h"
 #include "Models/Json.h"
-#include "Models/Server.h"
+#include "Models/ServerStore.h"
+#include "Models/UserDefaults.h"
 
+#include <QTemporaryDir>
 #include <benchmark/benchmark.h>
 
 using namespace Qt::StringLiterals;
@@ -70,8 +73,46 @@ void decodeServers(benchmark::State &state)
     state.counters["MB"] = static_cast<double>(json.size()) / 1e6;
 }
 
+// From the file to the store, as at a start.
+void loadStore(benchmark::State &state)
+{
+    const QTemporaryDir directory;
+    const SystemClock clock;
+    {
+        UserDefaults defaults(directory.path());
+        defaults.setData(u"SavedServers"_s, toJson(sampleServers(state.range(0) != 0)));
+    }
+    std::unique_ptr<UserDefaults> defaults;
+    std::unique_ptr<ServerStore> store;
+    for (auto _ : state) {
+        state.PauseTiming();
+        store.reset();
+        state.ResumeTiming();
+        defaults = std::make_unique<UserDefaults>(directory.path());
+        store = std::make_unique<ServerStore>(*defaults, clock);
+    }
+}
+
+// One changed record, written and flushed with all others.
+void saveStore(benchmark::State &state)
+{
+    const QTemporaryDir directory;
+    const SystemClock clock;
+    UserDefaults defaults(directory.path());
+    defaults.setData(u"SavedServers"_s, toJson(sampleServers(state.range(0) != 0)));
+    ServerStore store(defaults, clock);
+    for (auto _ : state) {
+        Server server = store.servers().first();
+        server.useSudo = !server.useSudo;
+        store.updateServer(server);
+    }
+}
+
 BENCHMARK(encodeServers)->ArgName("withInfo")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(decodeServers)->ArgName("withInfo")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
+BENCHMARK(loadStore)->ArgName("withInfo")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(saveStore)->ArgName("withInfo")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

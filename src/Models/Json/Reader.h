@@ -193,7 +193,15 @@ struct ReaderOf<std::optional<T>> {
 
 template<class T>
 struct ReaderOf<QList<T>> {
-    static void *append(void *list) { return &static_cast<QList<T> *>(list)->emplaceBack(); }
+    static void *append(void *list)
+    {
+        auto &elements = *static_cast<QList<T> *>(list);
+        if constexpr (requires { T{.id = QUuid()}; }) {
+            return &elements.emplaceBack(T{.id = QUuid()}); // making an id that is read anyway costs a microsecond
+        } else {
+            return &elements.emplaceBack();
+        }
+    }
 
     static constexpr ValueReader make() { return {.wanted = "an array", .append = append, .element = &kReader<T>}; }
 };

@@ -10,6 +10,7 @@
 #include <QMap>
 #include <QString>
 #include <QUuid>
+#include <algorithm>
 #include <concepts>
 #include <optional>
 
@@ -20,18 +21,35 @@ namespace Json
 class Writer
 {
 public:
-    void raw(std::string_view text) { m_text.append(text.data(), static_cast<qsizetype>(text.size())); }
+    void raw(std::string_view text)
+    {
+        const auto size = static_cast<qsizetype>(text.size());
+        std::copy_n(text.data(), size, room(size));
+        m_size += size;
+    }
 
     void text(QStringView value);
     void integer(qint64 value);
     void number(double value);
     void uuid(const QUuid &value);
 
-    /// What was written; empty if a number had no JSON form.
-    QByteArray take() { return m_failed ? QByteArray() : std::move(m_text); }
+    /// What was written; empty if a number had no JSON form. The writer is empty then.
+    QByteArray take();
 
 private:
-    QByteArray m_text;
+    /// The place behind what was written, with space for `size` bytes.
+    char *room(qsizetype size)
+    {
+        if (m_text.size() - m_size < size) {
+            m_text.resize(std::max(m_text.size() * 2, m_size + size + kFirstRoom));
+        }
+        return m_text.data() + m_size;
+    }
+
+    static constexpr qsizetype kFirstRoom = 256;
+
+    QByteArray m_text; // longer than what was written
+    qsizetype m_size = 0;
     bool m_failed = false;
 };
 
