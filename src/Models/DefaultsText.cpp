@@ -126,7 +126,6 @@ bool DefaultsReader::other(std::string_view text)
     if (m_depth <= 1) {
         return add(OtherJson{QByteArray(text.data(), static_cast<qsizetype>(text.size()))});
     }
-    m_state = State::IsOther;
     separate();
     m_text.raw(text);
     m_needsComma = true;
