@@ -42,11 +42,11 @@ QCoro::Task<> SystemInformation::refreshSystemInfoIfNeeded()
     if (server->systemInfo && server->systemInfo->storageDevices && server->systemInfo->lastUpdated.isValid()) {
         const qint64 age = server->systemInfo->lastUpdated.secsTo(m_server.clock.now());
         if (age < kCacheLifetime) {
-            Log::info(u"Using cached system info (age: %1s)"_s.arg(age));
+            Log::info(u"Using cached system info (age: %1s)"_s.arg(age), Log::Category::Performance);
             setSystemInfo(server->systemInfo);
             co_return;
         }
-        Log::info(u"Cache expired (age: %1s), refreshing..."_s.arg(age));
+        Log::info(u"Cache expired (age: %1s), refreshing..."_s.arg(age), Log::Category::Performance);
     }
     co_await refreshSystemInfo();
 }
@@ -70,12 +70,14 @@ QCoro::Task<> SystemInformation::refresh(QPointer<SystemInformation> self, Serve
 
     const CommandExecutionResult run = co_await manager->getSystemInfoUsingCommands(server);
     Log::info(
-        u"Command Pattern: %1 executed in %2s"_s.arg(run.command->description(), twoDecimals(run.executionTime)));
+        u"Command Pattern: %1 executed in %2s"_s.arg(run.command->description(), twoDecimals(run.executionTime)),
+        Log::Category::Performance);
     if (!isWanted()) {
         co_return;
     }
     const CommandExecutionResult storageRun = co_await manager->getStorageDevicesUsingCommands(server);
-    Log::info(u"Storage devices fetched in %1s"_s.arg(twoDecimals(storageRun.executionTime)));
+    Log::info(u"Storage devices fetched in %1s"_s.arg(twoDecimals(storageRun.executionTime)),
+              Log::Category::Performance);
     if (isWanted()) {
         self->finish(server, run.result, storageRun.result);
     }
@@ -109,7 +111,7 @@ std::optional<SystemInfo> SystemInformation::parseSystemInfoFromCommandResult(
     const CommandResult &result, const std::optional<CommandResult> &storageResult, const QDateTime &now)
 {
     if (!result.succeeded()) {
-        Log::error(u"Command execution failed: "_s + QString::fromUtf8(result.error));
+        Log::error(u"Command execution failed: "_s + QString::fromUtf8(result.error), Log::Category::Ssh);
         return std::nullopt;
     }
     SystemInfo info = SystemInfoParser::parse(result.output, now);

@@ -1,12 +1,8 @@
 #include "Views/Dashboard/DashboardViewModel.h"
 
-#include "Helpers/Clock.h"
-#include "Helpers/Log.h"
 #include "Helpers/Tasks.h"
 #include "Models/ServerStore.h"
 #include "Services/Commands/CommandSSHManager.h"
-#include "Services/Parsers/StorageDeviceParser.h"
-#include "Services/Parsers/SystemInfoParser.h"
 
 #include <QPointer>
 #include <algorithm>
@@ -19,18 +15,8 @@ struct DashboardViewModel::Login {
     std::optional<QString> error;
 };
 
-struct DashboardViewModel::Facts {
-    std::optional<SystemInfo> systemInfo;
-    QString error;
-};
-
 namespace
 {
-
-QString took(const CommandExecutionResult &run)
-{
-    return QString::number(run.executionTime, 'f', 2) + u's';
-}
 
 QCoro::Task<std::optional<Server>> currentRecord(QPointer<ServerStore> store, QUuid id)
 {
@@ -50,8 +36,10 @@ DashboardViewModel::DashboardViewModel(const Services &services, const Server &s
     : QObject(parent)
     , m_services(services)
     , m_server(server)
-    , m_systemInfo(server.systemInfo)
+    , m_systemInformation(MonitoredServer{services.manager, services.store, services.clock, server.id})
 {
+    m_systemInformation.setSystemInfo(server.systemInfo);
+    connect(&m_systemInformation, &SystemInformation::changed, this, &DashboardViewModel::changed);
     connect(&services.store, &ServerStore::serverUpdated, this, &DashboardViewModel::followStore);
 }
 
@@ -127,74 +115,19 @@ void DashboardViewModel::disconnectFromServer()
 {
     m_services.manager.disconnect(m_server);
     m_connection = Connection::NotConnected;
-    ++m_newestRequest;
-    m_isRefreshing = false;
+    m_systemInformation.cancel();
     m_services.store.updateServerConnection(m_server, false);
     Q_EMIT changed();
 }
 
 void DashboardViewModel::refreshSystemInfoIfNeeded()
 {
-    if (!m_server.isConnected) {
-        return;
-    }
-    if (m_server.systemInfo && m_server.systemInfo->storageDevices) {
-        const auto age = static_cast<double>(m_server.systemInfo->lastUpdated.msecsTo(m_services.clock.now())) / 1000;
-        if (age < kFactsLifetimeSeconds) {
-            Log::info(u"Using cached system info (age: %1s)"_s.arg(age), Log::Category::Performance);
-            m_systemInfo = m_server.systemInfo;
-            Q_EMIT changed();
-            return;
-        }
-        Log::info(u"Cache expired (age: %1s), refreshing..."_s.arg(age), Log::Category::Performance);
-    }
-    refreshSystemInfo();
+    m_systemInformation.refreshSystemInfoIfNeeded();
 }
 
 void DashboardViewModel::refreshSystemInfo()
 {
-    if (!m_server.isConnected) {
-        return;
-    }
-    m_isRefreshing = true;
-    Q_EMIT changed();
-    whenDone(fetchFacts(m_services, m_server), this, [this, request = ++m_newestRequest](const Facts &facts) {
-        if (request == m_newestRequest) {
-            factsArrived(facts);
-        }
-    });
-}
-
-QCoro::Task<DashboardViewModel::Facts> DashboardViewModel::fetchFacts(Services services, Server server)
-{
-    const CommandExecutionResult system = co_await services.manager.getSystemInfoUsingCommands(server);
-    Log::info(u"Command Pattern: "_s + system.command->description() + u" executed in "_s + took(system),
-              Log::Category::Performance);
-    const CommandExecutionResult storage = co_await services.manager.getStorageDevicesUsingCommands(server);
-    Log::info(u"Storage devices fetched in "_s + took(storage), Log::Category::Performance);
-
-    Facts facts;
-    if (!system.result.succeeded()) {
-        facts.error = QString::fromUtf8(system.result.error.trimmed());
-        Log::error(u"Command execution failed: "_s + facts.error, Log::Category::Ssh);
-        co_return facts;
-    }
-    facts.systemInfo = SystemInfoParser::parse(system.result.output, services.clock.now());
-    if (storage.result.succeeded()) {
-        facts.systemInfo->storageDevices = StorageDeviceParser::parse(storage.result.output);
-    }
-    co_return facts;
-}
-
-void DashboardViewModel::factsArrived(const Facts &facts)
-{
-    m_isRefreshing = false;
-    m_refreshError = facts.systemInfo ? std::nullopt : std::optional(facts.error);
-    if (facts.systemInfo) {
-        m_systemInfo = facts.systemInfo;
-        m_services.store.updateServerSystemInfo(m_server, *facts.systemInfo);
-    }
-    Q_EMIT changed();
+    m_systemInformation.refreshSystemInfo();
 }
 
 void DashboardViewModel::followStore(qsizetype index)
@@ -206,7 +139,7 @@ void DashboardViewModel::followStore(qsizetype index)
     const bool factsChanged = stored.systemInfo != m_server.systemInfo;
     m_server = stored;
     if (factsChanged) {
-        m_systemInfo = stored.systemInfo;
+        m_systemInformation.setSystemInfo(stored.systemInfo);
     }
     if (!stored.isConnected && m_connection == Connection::Connected) {
         m_connection = Connection::NotConnected;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Models/Server.h"
+#include "Services/Monitoring/SystemInformation.h"
 
 #include <QCoroTask>
 #include <QObject>
@@ -29,9 +30,6 @@ public:
     /// What the operator has to type for a connection.
     enum class WantedSecret { None, Password, Passphrase };
 
-    /// Facts younger than this are not fetched again.
-    static constexpr int kFactsLifetimeSeconds = 300;
-
     DashboardViewModel(const Services &services, const Server &server, QObject *parent = nullptr);
 
     /// Shows the stored facts, and connects.
@@ -47,13 +45,13 @@ public:
 
     WantedSecret wantedSecret() const { return m_wantedSecret; }
 
-    const std::optional<SystemInfo> &systemInfo() const { return m_systemInfo; }
+    const std::optional<SystemInfo> &systemInfo() const { return m_systemInformation.systemInfo(); }
 
-    bool isRefreshing() const { return m_isRefreshing; }
+    bool isRefreshing() const { return m_systemInformation.isRefreshing(); }
 
     /// Why the newest fetch of the facts failed, in the words of the other side; nothing when it did not. The facts
     /// that were there before stay.
-    const std::optional<QString> &refreshError() const { return m_refreshError; }
+    const std::optional<QString> &refreshError() const { return m_systemInformation.refreshError(); }
 
     /// The root file system first, the others by their mount point.
     static QList<DiskInfo> sortedDiskUsage(QList<DiskInfo> disks);
@@ -77,12 +75,9 @@ Q_SIGNALS:
 
 private:
     struct Login;
-    struct Facts;
     static QCoro::Task<Login> logIn(Services services, Server server, std::optional<QString> secret);
-    static QCoro::Task<Facts> fetchFacts(Services services, Server server);
 
     void loginEnded(const Login &login);
-    void factsArrived(const Facts &facts);
     void followStore(qsizetype index);
 
     Services m_services;
@@ -90,8 +85,5 @@ private:
     Connection m_connection = Connection::NotConnected;
     QString m_connectionErrorMessage;
     WantedSecret m_wantedSecret = WantedSecret::None;
-    std::optional<SystemInfo> m_systemInfo;
-    bool m_isRefreshing = false;
-    std::optional<QString> m_refreshError;
-    quint64 m_newestRequest = 0;
+    SystemInformation m_systemInformation;
 };
