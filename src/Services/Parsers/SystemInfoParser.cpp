@@ -46,6 +46,12 @@ void readSection(QByteArrayView piece, SystemInfo &info)
     }
 }
 
+// df(1) translates its heading, but not the sign in it: "Use%", "Verw%", "Uso%".
+bool isHeadingOfShare(QByteArrayView share)
+{
+    return share.endsWith('%') && !Text::decimalNumber(share.chopped(1));
+}
+
 } // namespace
 
 SystemInfo SystemInfoParser::parse(QByteArrayView output, const QDateTime &now)
@@ -68,7 +74,7 @@ QList<DiskInfo> SystemInfoParser::parseDiskUsage(QByteArrayView lines)
         const bool isHeading =
             line.contains("Mounted on") || (line.contains("Size") && line.contains("Used") && line.contains("Avail"));
         const auto fields = Text::firstFields<6>(line);
-        if (!isHeading && fields.isComplete()) {
+        if (!isHeading && fields.isComplete() && !isHeadingOfShare(fields.field[4])) {
             const auto text = [&](size_t index) { return Text::fromUtf8(fields.field[index]); };
             disks.append({.filesystem = text(0),
                           .size = text(1),

@@ -112,6 +112,9 @@ void TestSystemInfoParser::diskLines_data()
     QTest::newRow("Size Used Avail d e f") << 0;
     QTest::newRow("Filesystem Size Used Available d f") << 0;
     QTest::newRow("Size Used c d e f") << 1;
+    QTest::newRow("Dateisystem Größe Benutzt Verf. Verw% Eingehängt auf") << 0;
+    QTest::newRow("a b c d 45% f") << 1;
+    QTest::newRow("a b c d - f") << 1;
     QTest::newRow("a\tb\tc\td\te\tf") << 0;
 }
 
