@@ -1,0 +1,135 @@
+// From the start of the process to the first painted window: the program on an empty profile, on one with five and on
+// one with ten thousand servers, against an empty window. Offscreen, so that no display server is measured.
+
+#include "../Measure.h"
+
+#include "Models/Json.h"
+#include "Models/Server.h"
+#include "Models/UserDefaults.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QTemporaryDir>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int kRounds = 15;
+
+struct Start {
+    double milliseconds = 0;
+    double residentMiB = 0;
+    double proportionalMiB = 0;
+};
+
+double valueOf(const QByteArray &line, const QByteArray &name)
+{
+    const qsizetype at = line.indexOf(name + '=');
+    return at < 0 ? 0 : line.mid(at + name.size() + 1).split(' ').first().trimmed().toDouble();
+}
+
+// Starts a program that prints one line when its window is painted, and ends. The time is ours: until that line.
+Start start(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    QByteArray line;
+    Start result;
+    result.milliseconds = Measure::milliseconds([&] {
+        process.start(program, arguments);
+        while (!line.contains('\n') && process.waitForReadyRead(30'000)) {
+            line += process.readAllStandardOutput();
+        }
+    });
+    process.waitForFinished();
+    result.residentMiB = valueOf(line, "rss-kib") / 1024;
+    result.proportionalMiB = valueOf(line, "pss-kib") / 1024;
+    if (result.residentMiB <= 0) {
+        std::fprintf(stderr, "%s printed nothing of use\n", qPrintable(program));
+    }
+    return result;
+}
+
+bool writeProfile(const QString &directory, int servers)
+{
+    QList<Server> list;
+    for (int i = 0; i < servers; ++i) {
+        Server server;
+        server.name = u"server-%1"_s.arg(i);
+        server.host = u"10.%1.%2.%3"_s.arg(i / 65536).arg(i / 256 % 256).arg(i % 256);
+        server.username = u"deploy"_s;
+        server.labels = {{u"env"_s, i % 2 == 0 ? u"prod"_s : u"stage"_s}, {u"rack"_s, QString::number(i % 40)}};
+        list.append(server);
+    }
+    UserDefaults defaults(directory);
+    return defaults.setData(u"SavedServers"_s, toJson(list));
+}
+
+struct Series {
+    std::vector<double> milliseconds;
+    std::vector<double> residentMiB;
+    std::vector<double> proportionalMiB;
+
+    void add(const Start &start)
+    {
+        milliseconds.push_back(start.milliseconds);
+        residentMiB.push_back(start.residentMiB);
+        proportionalMiB.push_back(start.proportionalMiB);
+    }
+};
+
+void print(const char *name, const Series &series, const Series &empty)
+{
+    using Measure::median;
+    std::printf("%s: first paint %.1f ms (%.2f times an empty window's), resident %.1f MiB, proportional %.1f MiB "
+                "(%.2f times)\n",
+                name, median(series.milliseconds), median(series.milliseconds) / median(empty.milliseconds),
+                median(series.residentMiB), median(series.proportionalMiB),
+                median(series.proportionalMiB) / median(empty.proportionalMiB));
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication app(argc, argv);
+    const QTemporaryDir place;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("XDG_RUNTIME_DIR", place.path().toUtf8()); // askpass scripts and sockets of a running program stay alone
+    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+    const QString none = place.filePath(u"none"_s);
+    const QString five = place.filePath(u"five"_s);
+    const QString many = place.filePath(u"many"_s);
+    if (!writeProfile(none, 0) || !writeProfile(five, 5) || !writeProfile(many, 10'000)) {
+        return 1;
+    }
+    const auto program = [](const QString &profile) {
+        return start(QStringLiteral(PROGRAM), {u"--profile"_s, profile, u"--measure-start"_s});
+    };
+
+    Series empty;
+    Series withNone;
+    Series withFive;
+    Series withMany;
+    for (int round = 0; round <= kRounds; ++round) {
+        const Start window = start(QStringLiteral(EMPTY_WINDOW), {});
+        const Start first = program(none);
+        const Start second = program(five);
+        const Start third = program(many);
+        if (round > 0) { // the first one fills the caches
+            empty.add(window);
+            withNone.add(first);
+            withFive.add(second);
+            withMany.add(third);
+        }
+    }
+    print("empty Qt Widgets window", empty, empty);
+    print("empty profile", withNone, empty);
+    print("five servers", withFive, empty);
+    print("10,000 servers", withMany, empty);
+    const double wanted = 2 * Measure::median(withNone.milliseconds) + 150;
+    std::printf("10,000 servers: %.1f ms, wanted under %.1f ms (twice an empty list's plus 150)\n",
+                Measure::median(withMany.milliseconds), wanted);
+    return 0;
+}
