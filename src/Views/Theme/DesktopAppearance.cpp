@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QThreadPool>
 #include <QUuid>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -32,6 +33,31 @@ bool meansDark(QVariant value)
 }
 
 } // namespace
+
+/// Receives the portal's signal, which is bound to a slot by its text.
+class PortalListener : public QObject
+{
+    Q_OBJECT
+
+public:
+    PortalListener(QObject *parent, std::function<void(bool)> then)
+        : QObject(parent)
+        , m_then(std::move(then))
+    {
+    }
+
+public Q_SLOTS:
+
+    void onSettingChanged(const QString &group, const QString &key, const QDBusVariant &value)
+    {
+        if (group == kGroup && key == kKey) {
+            m_then(meansDark(QVariant::fromValue(value)));
+        }
+    }
+
+private:
+    std::function<void(bool)> m_then;
+};
 
 DesktopAppearance::DesktopAppearance(QObject *parent)
     : QObject(parent)
@@ -72,7 +98,9 @@ void DesktopAppearance::listen(const QString &connectionName)
     m_connectionName = connectionName;
     QDBusConnection bus(connectionName);
     // Without the service's name in the match the bus isn't asked, synchronously, for its owner.
-    bus.connect(QString(), kPath, kInterface, u"SettingChanged"_s, this,
+    qRegisterMetaType<QDBusVariant>(); // without it Qt finds no slot that takes one
+    auto *listener = new PortalListener(this, [this](bool isDark) { set(isDark); });
+    bus.connect(QString(), kPath, kInterface, u"SettingChanged"_s, listener,
                 SLOT(onSettingChanged(QString, QString, QDBusVariant)));
     QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface, u"Read"_s);
     call << kGroup << kKey;
@@ -88,13 +116,6 @@ void DesktopAppearance::listen(const QString &connectionName)
     });
 }
 
-void DesktopAppearance::onSettingChanged(const QString &group, const QString &key, const QDBusVariant &value)
-{
-    if (group == kGroup && key == kKey) {
-        set(meansDark(QVariant::fromValue(value)));
-    }
-}
-
 void DesktopAppearance::set(bool prefersDark)
 {
     if (m_prefersDark != prefersDark) {
@@ -102,3 +123,5 @@ void DesktopAppearance::set(bool prefersDark)
         Q_EMIT prefersDarkChanged(prefersDark);
     }
 }
+
+#include "DesktopAppearance.moc"

@@ -4,8 +4,6 @@
 #include <QString>
 #include <optional>
 
-class QDBusVariant;
-
 /// Whether the desktop wants dark applications, live: the key "color-scheme" in the namespace
 /// "org.freedesktop.appearance" of org.freedesktop.portal.Settings on the session bus
 /// (https://flatpak.github.io/xdg-desktop-portal/docs/doc-org.freedesktop.portal.Settings.html): 1 means dark, 2
@@ -27,9 +25,6 @@ public:
 Q_SIGNALS:
     /// An answer that differs from the last one, or the first.
     void prefersDarkChanged(bool prefersDark);
-
-private Q_SLOTS:
-    void onSettingChanged(const QString &group, const QString &key, const QDBusVariant &value);
 
 private:
     void listen(const QString &connectionName);

@@ -33,9 +33,9 @@ FontSpec specOf(TextStyle style)
     case TextStyle::Tag:
         return {10.5};
     case TextStyle::Title:
-        return {18, QFont::DemiBold};
+        return {18, QFont::Bold};
     case TextStyle::Number:
-        return {22, QFont::DemiBold};
+        return {22, QFont::Bold};
     }
     return {13};
 }

@@ -1,0 +1,133 @@
+#include "Views/Components/Labels.h"
+#include "Views/Theme/Icons.h"
+#include "Views/Theme/Theme.h"
+
+#include <QPainter>
+#include <QTest>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// Relative luminance and contrast ratio, WCAG 2.1.
+double luminance(const QColor &color)
+{
+    const auto linear = [](double c) { return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+double contrast(const QColor &a, const QColor &b)
+{
+    const double first = luminance(a) + 0.05;
+    const double second = luminance(b) + 0.05;
+    return std::max(first, second) / std::min(first, second);
+}
+
+} // namespace
+
+class TestTheme : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void wordsCanBeRead_data();
+    void wordsCanBeRead();
+    void aSwitchReachesWindowsAtOnce();
+    void everyIconIsThere();
+    void iconsFollowThemeAndPixelRatio();
+};
+
+void TestTheme::wordsCanBeRead_data()
+{
+    QTest::addColumn<QColor>("words");
+    QTest::addColumn<QColor>("ground");
+    for (const auto &[mode, t] : {std::pair("light", Tokens::light()), std::pair("dark", Tokens::dark())}) {
+        const std::pair<const char *, QColor> grounds[]{{"window", t.window},   {"side", t.side},
+                                                        {"surface", t.surface}, {"raised", t.raised},
+                                                        {"soft", t.soft},       {"selection", t.accent.soft}};
+        for (const auto &[name, ground] : grounds) {
+            QTest::addRow("%s: text on %s", mode, name) << t.text << ground;
+            QTest::addRow("%s: dim on %s", mode, name) << t.dim << ground;
+        }
+        QTest::addRow("%s: primary button", mode) << t.onAccent << t.accent.color;
+        int number = 0;
+        for (const Tone &tone : {t.accent, t.green, t.red, t.orange, t.blue, t.purple, t.gray}) {
+            QTest::addRow("%s: tone %d on its soft ground", mode, ++number) << tone.text << tone.soft;
+            QTest::addRow("%s: tone %d on surface", mode, number) << tone.text << t.surface;
+            QTest::addRow("%s: tone %d on window", mode, number) << tone.text << t.window;
+        }
+    }
+}
+
+void TestTheme::wordsCanBeRead()
+{
+    QFETCH(QColor, words);
+    QFETCH(QColor, ground);
+    const double ratio = contrast(words, ground);
+    QVERIFY2(ratio >= 4.5, qPrintable(QString::number(ratio)));
+}
+
+void TestTheme::aSwitchReachesWindowsAtOnce()
+{
+    Theme theme;
+    theme.install();
+    QWidget window;
+    TextLabel label(theme, TextStyle::Body, u"words"_s, TextLabel::Shade::Dim, &window);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QCOMPARE(window.grab().toImage().pixelColor(90, 25), Tokens::light().window);
+
+    theme.setDark(true);
+    QTRY_COMPARE(window.grab().toImage().pixelColor(90, 25), Tokens::dark().window);
+    QCOMPARE(label.palette().color(QPalette::PlaceholderText), Tokens::dark().dim);
+    theme.setDark(false);
+    QTRY_COMPARE(window.grab().toImage().pixelColor(90, 25), Tokens::light().window);
+}
+
+void TestTheme::everyIconIsThere()
+{
+    for (int i = 0; i <= static_cast<int>(IconName::Clipboard); ++i) {
+        const QImage picture = Icons::pixmap(static_cast<IconName>(i), Qt::red, 16, 1).toImage();
+        bool isPainted = false;
+        for (int y = 0; y < picture.height() && !isPainted; ++y) {
+            for (int x = 0; x < picture.width(); ++x) {
+                isPainted = isPainted || picture.pixelColor(x, y).alpha() > 100;
+            }
+        }
+        QVERIFY2(isPainted, qPrintable(QString::number(i)));
+    }
+}
+
+void TestTheme::iconsFollowThemeAndPixelRatio()
+{
+    Theme theme;
+    const QIcon icon = Icons::icon(IconName::Server, theme);
+    const auto strongest = [&] {
+        QImage canvas(32, 32, QImage::Format_ARGB32_Premultiplied);
+        canvas.setDevicePixelRatio(2);
+        canvas.fill(Qt::transparent);
+        QPainter painter(&canvas);
+        icon.paint(&painter, QRect(0, 0, 16, 16));
+        painter.end();
+        QColor found;
+        for (int y = 0; y < 32; ++y) {
+            for (int x = 0; x < 32; ++x) {
+                const QColor color = canvas.pixelColor(x, y);
+                if (color.alpha() == 255) {
+                    found = color;
+                }
+            }
+        }
+        return found;
+    };
+    QCOMPARE(strongest(), Tokens::light().text);
+    theme.setDark(true);
+    QCOMPARE(strongest(), Tokens::dark().text);
+    QCOMPARE(Icons::pixmap(IconName::Server, Qt::black, 16, 2).size(), QSize(32, 32));
+    QCOMPARE(Icons::pixmap(IconName::Server, Qt::black, 16, 1).size(), QSize(16, 16));
+}
+
+QTEST_MAIN(TestTheme)
+#include "test_theme.moc"
