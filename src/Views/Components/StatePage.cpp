@@ -150,17 +150,17 @@ StatePage::StatePage(const Theme &theme, QWidget *content, QWidget *parent)
 
 void StatePage::showLoading(const Message &message)
 {
-    show(State::Loading, message, {});
+    present(State::Loading, message, {});
 }
 
 void StatePage::showError(const Message &message, const QString &buttonText)
 {
-    show(State::Error, message, buttonText.isEmpty() ? tr("Retry") : buttonText);
+    present(State::Error, message, buttonText.isEmpty() ? tr("Retry") : buttonText);
 }
 
 void StatePage::showEmpty(const Message &message, const QString &buttonText)
 {
-    show(State::Empty, message, buttonText);
+    present(State::Empty, message, buttonText);
 }
 
 void StatePage::showContent()
@@ -170,7 +170,7 @@ void StatePage::showContent()
     m_pages->setCurrentWidget(m_content);
 }
 
-void StatePage::show(State state, const Message &message, const QString &buttonText)
+void StatePage::present(State state, const Message &message, const QString &buttonText)
 {
     m_state = state;
     m_message->set(state, message, buttonText);

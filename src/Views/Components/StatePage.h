@@ -47,7 +47,7 @@ Q_SIGNALS:
     void retryRequested();
 
 private:
-    void show(State state, const Message &message, const QString &buttonText);
+    void present(State state, const Message &message, const QString &buttonText);
 
     State m_state = State::Content;
     QStackedLayout *m_pages;
