@@ -3,6 +3,7 @@
 #include "Helpers/Tasks.h"
 #include "Models/ServerStore.h"
 #include "Services/Commands/CommandSSHManager.h"
+#include "Services/SSH/PrivateKeyFile.h"
 
 #include <QPointer>
 #include <algorithm>
@@ -11,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 struct DashboardViewModel::Login {
     bool succeeded = false;
-    bool hadSecret = false; ///< of a password server: there was a password to try
+    bool hadSecret = false; ///< one was typed
     std::optional<QString> error;
 };
 
@@ -24,10 +25,9 @@ QCoro::Task<std::optional<Server>> currentRecord(QPointer<ServerStore> store, QU
 }
 
 // The manager's own words; the translation is looked up where the manager looks it up.
-bool asksForPassphrase(const std::optional<QString> &error)
+QString passphraseWanted()
 {
-    return error && *error == CommandSSHManager::tr("SSH key requires a passphrase. Please enter the passphrase for "
-                                                    "your SSH key.");
+    return CommandSSHManager::tr("SSH key requires a passphrase. Please enter the passphrase for your SSH key.");
 }
 
 } // namespace
@@ -78,8 +78,7 @@ QCoro::Task<DashboardViewModel::Login> DashboardViewModel::logIn(Services servic
     const auto secretOf = [&](AuthMethod method) { return server.authMethod == method ? secret : std::nullopt; };
     const QPointer<ServerStore> store(&services.store);
     Login login;
-    login.hadSecret = secret.has_value() || (server.authMethod == AuthMethod::Password &&
-                                             (co_await services.manager.getSessionPassword(server)).has_value());
+    login.hadSecret = secret.has_value();
     login.succeeded =
         co_await services.manager.connect(server, secretOf(AuthMethod::Password), secretOf(AuthMethod::PublicKey),
                                           [store, id = server.id] { return currentRecord(store, id); });
@@ -104,9 +103,15 @@ void DashboardViewModel::loginEnded(const Login &login)
                                                        "• Credentials are correct\n"
                                                        "• Network connectivity")
                                                         .arg(m_server.name, QString::number(m_server.port)));
-    const bool isPassword = m_server.authMethod == AuthMethod::Password;
-    if (isPassword || asksForPassphrase(login.error)) {
-        m_wantedSecret = isPassword ? WantedSecret::Password : WantedSecret::Passphrase;
+    if (m_server.authMethod == AuthMethod::Password) {
+        m_wantedSecret = WantedSecret::Password;
+    } else if (login.error == passphraseWanted()) {
+        m_wantedSecret = WantedSecret::Passphrase;
+    } else if (m_server.authMethod == AuthMethod::PublicKey &&
+               isPrivateKeyLocked(m_server.privateKeyPath.value_or(QString()))) {
+        // In batch mode the client passes over a locked key without a word about it.
+        m_wantedSecret = WantedSecret::Passphrase;
+        m_connectionErrorMessage = login.hadSecret ? m_connectionErrorMessage : passphraseWanted();
     }
     Q_EMIT changed();
 }

@@ -35,8 +35,10 @@ ServerListModel::ServerListModel(ServerStore &store, QObject *parent)
         endInsertRows();
     });
     connect(&store, &ServerStore::serverRemoved, this, [this](qsizetype index) {
-        beginRemoveRows({}, static_cast<int>(index), static_cast<int>(index));
+        m_removing = static_cast<int>(index);
+        beginRemoveRows({}, m_removing, m_removing);
         --m_count;
+        m_removing = -1;
         endRemoveRows();
     });
     connect(&store, &ServerStore::serverUpdated, this, &ServerListModel::rowChanged);
@@ -54,12 +56,21 @@ ServerListModel::State ServerListModel::stateOf(const Server &server) const
                                      : State::NotConnected;
 }
 
+const Server *ServerListModel::serverAt(int row) const
+{
+    if (m_removing >= 0 && row >= m_removing) {
+        row = row == m_removing ? -1 : row - 1;
+    }
+    return row >= 0 && row < m_store.servers().size() ? &m_store.servers().at(row) : nullptr;
+}
+
 QVariant ServerListModel::data(const QModelIndex &index, int role) const
 {
-    if (index.row() < 0 || index.row() >= m_store.servers().size()) {
+    const Server *const found = serverAt(index.row());
+    if (!found) {
         return {};
     }
-    const Server &server = m_store.servers().at(index.row());
+    const Server &server = *found;
     switch (role) {
     case Qt::DisplayRole:
         return PlainText::oneLine(server.name);

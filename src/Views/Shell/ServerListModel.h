@@ -35,10 +35,12 @@ public:
     QModelIndex indexOf(const QUuid &id) const;
 
 private:
+    const Server *serverAt(int row) const;
     State stateOf(const Server &server) const;
     void rowChanged(qsizetype row);
 
     ServerStore &m_store;
-    int m_count; // of rows that views know of
+    int m_count;         // of rows that views know of
+    int m_removing = -1; // a row that views still know of, and the store no longer has
     QUuid m_connecting;
 };
