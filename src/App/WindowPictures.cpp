@@ -10,7 +10,6 @@
 #include <QGuiApplication>
 #include <QPixmap>
 #include <QScreen>
-#include <QWindow>
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
@@ -20,8 +19,32 @@ namespace
 
 constexpr QSize kStandardSize(1280, 800);
 constexpr QSize kCompactSize(1024, 700);
+constexpr int kSettleMs = 50;
 
 } // namespace
+
+struct WindowPictures::Picture {
+    bool isDark;
+    QSize size;
+    int pixelRatio;
+
+    QString fileName() const
+    {
+        const QString name =
+            u"window-%1-%2x%3"_s.arg(isDark ? u"dark"_s : u"light"_s).arg(size.width()).arg(size.height());
+        return name + (pixelRatio == 1 ? u".png"_s : u"@%1x.png"_s.arg(pixelRatio));
+    }
+};
+
+const QList<WindowPictures::Picture> &WindowPictures::pictures()
+{
+    static const QList<Picture> all{{false, kStandardSize, 1},
+                                    {false, kCompactSize, 1},
+                                    {true, kStandardSize, 1},
+                                    {true, kCompactSize, 1},
+                                    {false, kStandardSize, 2}};
+    return all;
+}
 
 WindowPictures::WindowPictures(ContentView &window, Theme &theme, ServerStore &store, const QString &directory)
     : m_window(window)
@@ -40,7 +63,7 @@ void WindowPictures::start()
         return;
     }
     if (m_store.servers().isEmpty()) {
-        takeAll();
+        prepareNext();
         return;
     }
     m_timeLimit.start(Constants::kPictureTimeLimitMs);
@@ -62,43 +85,47 @@ void WindowPictures::check()
     } else if (model.connection() == DashboardViewModel::Connection::Connected && model.systemInfo()) {
         m_isDone = true;
         m_timeLimit.stop();
-        // The views learn of the change after this object may have.
-        QTimer::singleShot(0, this, &WindowPictures::takeAll);
+        prepareNext();
     }
 }
 
-void WindowPictures::takeAll()
+void WindowPictures::prepareNext()
 {
-    bool isWritten = true;
-    for (const bool isDark : {false, true}) {
-        isWritten = take(isDark, kStandardSize, {}) && isWritten;
-        isWritten = take(isDark, kCompactSize, {}) && isWritten;
+    if (m_next == pictures().size()) {
+        Q_EMIT finished(m_isWritten ? 0 : 1);
+        return;
     }
-    const QList<QScreen *> screens = QGuiApplication::screens();
-    if (screens.size() > 1) {
-        m_window.hide();
-        m_window.windowHandle()->setScreen(screens.at(1));
-        m_window.show();
-        isWritten = take(false, kStandardSize, u"-200"_s) && isWritten;
-    }
-    Q_EMIT finished(isWritten ? 0 : 1);
+    const Picture &picture = pictures().at(m_next);
+    showOnScreen(picture.pixelRatio);
+    m_theme.setDark(picture.isDark);
+    m_window.resize(picture.size);
+    // The window takes its new palette and layout in turns of the event loop.
+    QTimer::singleShot(kSettleMs, this, &WindowPictures::takeNext);
 }
 
-bool WindowPictures::take(bool isDark, const QSize &size, const QString &suffix)
+void WindowPictures::takeNext()
 {
-    m_theme.setDark(isDark);
-    m_window.resize(size);
-    const QString path = QDir(m_directory)
-                             .filePath(u"window-%1-%2x%3%4.png"_s.arg(isDark ? u"dark"_s : u"light"_s)
-                                           .arg(size.width())
-                                           .arg(size.height())
-                                           .arg(suffix));
-    if (!m_window.grab().save(path, "PNG", 0)) {
+    const QString path = QDir(m_directory).filePath(pictures().at(m_next++).fileName());
+    if (m_window.grab().save(path, "PNG", 0)) {
+        std::puts(qPrintable(path));
+    } else {
+        m_isWritten = false;
         std::fputs(qPrintable(u"tarnwell: cannot write "_s + path + u'\n'), stderr);
-        return false;
     }
-    std::puts(qPrintable(path));
-    return true;
+    prepareNext();
+}
+
+void WindowPictures::showOnScreen(int pixelRatio)
+{
+    for (QScreen *screen : QGuiApplication::screens()) {
+        if (qFuzzyCompare(screen->devicePixelRatio(), pixelRatio) && screen != m_window.screen()) {
+            m_window.hide();
+            m_window.setScreen(screen);
+            m_window.move(screen->geometry().topLeft());
+            m_window.show();
+            return;
+        }
+    }
 }
 
 void WindowPictures::fail(const QString &reason)

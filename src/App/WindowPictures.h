@@ -26,9 +26,12 @@ Q_SIGNALS:
     void finished(int exitCode);
 
 private:
+    struct Picture;
+    static const QList<Picture> &pictures();
     void check();
-    void takeAll();
-    bool take(bool isDark, const QSize &size, const QString &suffix);
+    void prepareNext();
+    void takeNext();
+    void showOnScreen(int pixelRatio);
     void fail(const QString &reason);
 
     ContentView &m_window;
@@ -37,4 +40,6 @@ private:
     QString m_directory;
     QTimer m_timeLimit;
     bool m_isDone = false;
+    bool m_isWritten = true;
+    qsizetype m_next = 0;
 };
