@@ -103,9 +103,6 @@ void TestLinesOnHosts::facts()
     const QString devices = fact(u"ls /sys/class/block | tr '\\n' ' '"_s);
     const CommandResult listed = host.run(StorageDevicesCommand());
     QCOMPARE(listed.exitCode, 0);
-    if (!listed.output.startsWith("{")) {
-        return; // behind a greeting it is no JSON
-    }
     for (const StorageDevice &device : StorageDeviceParser::parse(listed.output)) {
         QVERIFY2(devices.split(u' ').contains(device.name), qPrintable(device.name));
     }
