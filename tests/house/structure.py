@@ -29,6 +29,15 @@ COMMENT_OR_STRING = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"', re.S)
 GENERATED = re.compile(r"(^|/)(moc_[^/]*\.cpp|[^/]*\.moc)$")
 
 
+def closing(text, position, pair):
+    """The position after what closes the bracket that was opened just before `position`."""
+    depth = 1
+    while depth and position < len(text):
+        depth += {pair[0]: 1, pair[1]: -1}.get(text[position], 0)
+        position += 1
+    return position
+
+
 class Tree:
     def __init__(self, top):
         self.src = Path(top) / "src"
@@ -144,11 +153,25 @@ class Tree:
                         self.fault(name, found.start(), f"{found[0].strip()}: children are started by ChildProcess only")
             for found in re.finditer(r"\bstatic\s+[\w:<>]+\s*[&*]\s*(instance|shared)\s*\(", code):
                 self.fault(name, found.start(), f"{found[1]}(): no globals, collaborators come through the constructor")
+            self.check_coroutines(name, code)
             if name.startswith("Views/") and self.floor(name) == FLOORS.index("Views"):
                 for found in re.finditer(r"\bco_(await|return|yield)\b", code):
                     self.fault(name, found.start(), f"{found[0]}: a view only lays out, binds and forwards")
                 if re.search(r"ViewModel\.(h|cpp)$", name):
                     self.faults.append(f"src/{name}: a view model is built into tarnwell_viewmodels")
+
+    def check_coroutines(self, name, code):
+        """A task outlives the call: what it is given by const reference or as a view may be a temporary that is gone.
+        A reference that can be written through is a service."""
+        for found in re.finditer(r"\bQCoro::Task<", code):
+            end = closing(code, found.end(), "<>")
+            function = re.compile(r"\s*([\w:]+)\s*\(").match(code, end)
+            if not function:
+                continue
+            parameters = code[function.end():closing(code, function.end(), "()") - 1]
+            if wrong := re.search(r"const\s+[\w:<>, *]+&|&&|\b(QStringView|QByteArrayView|\w+::string_view|\w+::span)\b",
+                                  re.sub(r"(std::)?function<[^()]*\([^()]*\)>", "", parameters)):
+                self.fault(name, found.start(), f"{function[1]}(): a task takes its inputs by value, not '{wrong[0]}'")
 
     def check(self):
         graph = self.edges()
@@ -161,7 +184,7 @@ class Tree:
 # --- self-test ------------------------------------------------------------------------------------------------------
 CLEAN = {
     "Helpers/Log.h": "#include <QString>\n#include <QtMath>\n",
-    "Models/Server.h": '#include "Helpers/Log.h"\n',
+    "Models/Server.h": '#include "Helpers/Log.h"\nQCoro::Task<> ask(Pool &pool, std::function<void(const QString &)> tell);\n',
     "Services/SSH/Pool.h": '#include "Models/Server.h"\n// QProcess is not named here, nor in "QProcess"\n',
     "Services/SSH/Pool.cpp": '#include "Services/SSH/Pool.h"\n#include "Pool.moc"\nQProcessEnvironment e;\n',
     "Services/Children/ChildProcess.cpp": "#include <QProcess>\nQProcess p;\n",
@@ -200,6 +223,8 @@ FAULTS = [  # file, line added to it, part of the fault that must be told
     ("Services/SSH/Pool.cpp", "auto *p = new QProcess(this);", "QProcess: children"),
     ("Helpers/Log.h", 'FILE *f = popen("ls", "r");', "popen(: children"),
     ("Models/Server.h", "static Server &instance();", "no globals"),
+    ("Models/Server.h", "QCoro::Task<QList<int>> load(int id,\n    const QString &path);", "not 'const QString &'"),
+    ("Models/Server.h", "QCoro::Task<> load(QStringView path);", "not 'QStringView'"),
     ("Views/Ports/PortsView.h", "co_await load();", "a view only lays out"),
     ("Views/Ports/OtherViewModel.h", "", "built into tarnwell_viewmodels"),
     ("Stray/File.h", '#include "Helpers/Log.h"', "belongs to no floor"),
