@@ -64,35 +64,33 @@ bool ServerStore::addServer(const Server &server)
     return true;
 }
 
-void ServerStore::updateServer(const Server &updated)
+void ServerStore::updateServer(Server updated)
 {
     const qsizetype index = indexOf(updated.id);
     if (index < 0) {
         return;
     }
-    const Server record = updated; // may be the very record that is replaced
-    const Server before = std::exchange(m_servers[index], record);
+    const Server before = std::exchange(m_servers[index], updated);
     storeAndTell(index);
-    if (hasSSHSettingsChanged(before, record)) {
+    if (hasSSHSettingsChanged(before, updated)) {
         if (m_delegate) {
-            m_delegate->sshSettingsChanged(record);
+            m_delegate->sshSettingsChanged(updated);
         }
-        Q_EMIT serverSettingsChanged(record);
+        Q_EMIT serverSettingsChanged(updated);
     }
 }
 
-void ServerStore::deleteServer(const Server &server)
+void ServerStore::deleteServer(Server server)
 {
-    const Server removed = server; // may be a record of the list
     if (m_delegate) {
-        m_delegate->serverDeleted(removed);
+        m_delegate->serverDeleted(server);
     }
     QList<qsizetype> indexes; // as each is when those before it are gone
-    for (qsizetype index = indexOf(removed.id); index >= 0; index = indexOf(removed.id)) {
+    for (qsizetype index = indexOf(server.id); index >= 0; index = indexOf(server.id)) {
         m_servers.removeAt(index);
         indexes.append(index);
     }
-    const bool wasSelected = m_selectedServer && m_selectedServer->id == removed.id;
+    const bool wasSelected = m_selectedServer && m_selectedServer->id == server.id;
     if (wasSelected) {
         m_selectedServer.reset();
     }

@@ -52,11 +52,12 @@ public:
     /// Appends the server. Always true.
     bool addServer(const Server &server);
 
-    /// Puts `updated` in the place of the record with its id; without one, nothing happens.
-    void updateServer(const Server &updated);
+    /// Puts `updated`, by value since it may be a record of the list, in the place of the record with its id; without
+    /// one, nothing happens.
+    void updateServer(Server updated);
 
     /// Tells the delegate, then removes each record with the server's id and clears the selection if it was that one.
-    void deleteServer(const Server &server);
+    void deleteServer(Server server);
 
     /// These set one field of the record with the server's id and store the list; without one, nothing happens.
     /// A connect also sets the time of the last one, a disconnect leaves it.

@@ -57,8 +57,8 @@ QString described(const std::error_code &error)
 UserDefaults::UserDefaults(const QString &directory, QObject *parent)
     : QObject(parent)
     , m_directory(directory)
+    , m_isFrozen(!refresh())
 {
-    m_isFrozen = !refresh();
 }
 
 QString UserDefaults::defaultDirectory()

@@ -105,7 +105,8 @@ private:
     QList<DefaultsEntry> m_entries;
     QSet<QString> m_unsaved; // keys that were set or removed since the file was last written
     FileState m_state;       // of the file that m_entries was last read from or written to
-    bool m_isFrozen = false; // what is in the file is not known, so nothing may take its place
     QString m_notice;
     QString m_failure; // why the file could not be written the last time; told only when it changes
+    const bool
+        m_isFrozen; // what is in the file is not known, so nothing may take its place; last, as it is read then
 };

@@ -15,6 +15,9 @@ QString written(Action action)
     }
     std::fflush(stderr);
     const int saved = ::dup(STDERR_FILENO);
+    if (saved < 0) {
+        return QStringLiteral("no descriptor");
+    }
     ::dup2(file.handle(), STDERR_FILENO);
     action();
     std::fflush(stderr);

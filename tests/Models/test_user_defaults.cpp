@@ -62,8 +62,8 @@ class FileSizeLimit
 {
 public:
     explicit FileSizeLimit(rlim_t bytes)
+        : m_handler(std::signal(SIGXFSZ, SIG_IGN))
     {
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
         ::getrlimit(RLIMIT_FSIZE, &m_before);
         const rlimit limit{bytes, m_before.rlim_max};
         ::setrlimit(RLIMIT_FSIZE, &limit);

@@ -24,7 +24,7 @@ public:
     void raw(std::string_view text)
     {
         const auto size = static_cast<qsizetype>(text.size());
-        std::copy_n(text.data(), size, room(size));
+        std::copy(text.begin(), text.end(), room(size));
         m_size += size;
     }
 

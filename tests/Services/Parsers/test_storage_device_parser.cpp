@@ -20,6 +20,9 @@ QByteArray printed(Action action)
     }
     std::fflush(stdout);
     const int saved = ::dup(STDOUT_FILENO);
+    if (saved < 0) {
+        return "no descriptor";
+    }
     ::dup2(file.handle(), STDOUT_FILENO);
     action();
     std::fflush(stdout);
