@@ -4,6 +4,7 @@
 
 #include <QPainter>
 #include <QStyle>
+#include <algorithm>
 
 TextLabel::TextLabel(const Theme &theme, TextStyle style, const QString &text, Shade shade, QWidget *parent)
     : QLabel(parent)
@@ -37,7 +38,7 @@ bool ElidedLabel::isElided() const
 
 QSize ElidedLabel::minimumSizeHint() const
 {
-    return {fontMetrics().horizontalAdvance(u'…') * 3, fontMetrics().height()};
+    return {std::min(fontMetrics().horizontalAdvance(u'…') * 3, sizeHint().width()), fontMetrics().height()};
 }
 
 QSize ElidedLabel::sizeHint() const

@@ -4,6 +4,7 @@
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/TarnwellStyle.h"
 
+#include <QHBoxLayout>
 #include <QPainter>
 #include <QPushButton>
 #include <QStackedLayout>
@@ -62,7 +63,11 @@ public:
         // A little above the middle is where the eye looks for it.
         auto *page = new QVBoxLayout(this);
         page->addStretch(2);
-        page->addWidget(m_column, 0, Qt::AlignHCenter);
+        auto *middle = new QHBoxLayout; // an alignment instead would give wrapped lines too little height
+        middle->addStretch();
+        middle->addWidget(m_column);
+        middle->addStretch();
+        page->addLayout(middle);
         page->addStretch(3);
     }
 
@@ -72,6 +77,8 @@ public:
         m_current = message;
         m_title->setText(message.title);
         m_text->setText(message.text);
+        m_text->setAlignment(message.text.contains(u'\n') ? Qt::AlignLeft
+                                                          : Qt::AlignHCenter); // lists read from the left
         m_text->setVisible(!message.text.isEmpty());
         m_detail->setText(message.detail);
         m_detail->setVisible(!message.detail.isEmpty());

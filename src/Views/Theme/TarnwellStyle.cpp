@@ -16,6 +16,7 @@ namespace
 constexpr auto kKindProperty = "tarnwellButtonKind";
 constexpr int kButtonPadding = 12;
 constexpr int kIconGap = 7;
+constexpr int kFieldPadding = 6; // beside what QLineEdit leaves itself
 constexpr int kScrollBarExtent = 12;
 constexpr int kScrollBarThickness = 6;
 constexpr int kLeastSliderLength = 32;
@@ -105,7 +106,7 @@ QSize TarnwellStyle::sizeFromContents(ContentsType type, const QStyleOption *opt
         }
     }
     if (type == CT_LineEdit) {
-        return {size.width() + 2 * Metrics::kStep, Metrics::kControlHeight};
+        return {size.width() + 2 * kFieldPadding, Metrics::kControlHeight};
     }
     return QProxyStyle::sizeFromContents(type, option, size, widget);
 }
@@ -248,6 +249,14 @@ void TarnwellStyle::drawControl(ControlElement element, const QStyleOption *opti
         break;
     }
     QProxyStyle::drawControl(element, option, painter, widget);
+}
+
+QRect TarnwellStyle::subElementRect(SubElement element, const QStyleOption *option, const QWidget *widget) const
+{
+    const QRect rect = QProxyStyle::subElementRect(element, option, widget);
+    const auto *frame =
+        element == SE_LineEditContents ? qstyleoption_cast<const QStyleOptionFrame *>(option) : nullptr;
+    return frame && frame->lineWidth > 0 ? rect.adjusted(kFieldPadding, 0, -kFieldPadding, 0) : rect;
 }
 
 QRect TarnwellStyle::subControlRect(ComplexControl control, const QStyleOptionComplex *option, SubControl subControl,
