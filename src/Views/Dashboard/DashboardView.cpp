@@ -128,9 +128,13 @@ void DashboardView::showPage()
 void DashboardView::showConnectionError()
 {
     const WantedSecret wanted = m_model.wantedSecret();
-    m_page->showError({tr("Connection Failed"), m_model.connectionErrorMessage(), {}});
+    const QString title = !m_model.lacksSecret()             ? tr("Connection Failed")
+                          : wanted == WantedSecret::Password ? tr("Password Required")
+                                                             : tr("Passphrase Required");
+    m_page->showError({title, m_model.connectionErrorMessage(), {}});
     m_secretForm->setSecretName(wanted == WantedSecret::Passphrase ? tr("Passphrase") : tr("Password"));
     m_secretForm->setVisible(wanted != WantedSecret::None);
+    m_page->button().setVisible(wanted == WantedSecret::None); // the form has a button of its own
 }
 
 void DashboardView::showFacts()

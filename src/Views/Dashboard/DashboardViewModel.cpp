@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 struct DashboardViewModel::Login {
     bool succeeded = false;
-    bool hadSecret = false; ///< one was typed
+    bool hadSecret = false; ///< one was typed, or a password was kept
     std::optional<QString> error;
 };
 
@@ -78,7 +78,8 @@ QCoro::Task<DashboardViewModel::Login> DashboardViewModel::logIn(Services servic
     const auto secretOf = [&](AuthMethod method) { return server.authMethod == method ? secret : std::nullopt; };
     const QPointer<ServerStore> store(&services.store);
     Login login;
-    login.hadSecret = secret.has_value();
+    login.hadSecret = secret.has_value() || (server.authMethod == AuthMethod::Password &&
+                                             (co_await services.manager.getSessionPassword(server)).has_value());
     login.succeeded =
         co_await services.manager.connect(server, secretOf(AuthMethod::Password), secretOf(AuthMethod::PublicKey),
                                           [store, id = server.id] { return currentRecord(store, id); });
@@ -103,6 +104,7 @@ void DashboardViewModel::loginEnded(const Login &login)
                                                        "• Credentials are correct\n"
                                                        "• Network connectivity")
                                                         .arg(m_server.name, QString::number(m_server.port)));
+    m_lacksSecret = !login.hadSecret;
     if (m_server.authMethod == AuthMethod::Password) {
         m_wantedSecret = WantedSecret::Password;
     } else if (login.error == passphraseWanted()) {

@@ -45,6 +45,9 @@ public:
 
     WantedSecret wantedSecret() const { return m_wantedSecret; }
 
+    /// Nothing has failed yet but that there was no secret to try.
+    bool lacksSecret() const { return m_lacksSecret && m_wantedSecret != WantedSecret::None; }
+
     const std::optional<SystemInfo> &systemInfo() const { return m_systemInformation.systemInfo(); }
 
     bool isRefreshing() const { return m_systemInformation.isRefreshing(); }
@@ -85,5 +88,6 @@ private:
     Connection m_connection = Connection::NotConnected;
     QString m_connectionErrorMessage;
     WantedSecret m_wantedSecret = WantedSecret::None;
+    bool m_lacksSecret = false;
     SystemInformation m_systemInformation;
 };

@@ -191,10 +191,17 @@ void TestDashboardViewModel::asksForAPassword()
     const auto &model = start(m_transport->add(u"web"_s, AuthMethod::Password));
     QTRY_COMPARE(model.wantedSecret(), WantedSecret::Password);
     QCOMPARE(m_transport->logins(), 0); // there was nothing to try
+    QVERIFY(model.lacksSecret());
+    m_transport->setLogin(false, "Permission denied");
+    m_model->initiateConnection(u"wrong"_s);
+    QTRY_COMPARE(model.connection(), Connection::Failed);
+    QVERIFY(!model.lacksSecret());
+    QCOMPARE(model.wantedSecret(), WantedSecret::Password);
+    m_transport->setLogin(true);
     m_model->initiateConnection(u"secret"_s);
     QCOMPARE(model.wantedSecret(), WantedSecret::None);
     QTRY_COMPARE(model.connection(), Connection::Connected);
-    QCOMPARE(m_transport->logins(), 1);
+    QCOMPARE(m_transport->logins(), 2);
 }
 
 void TestDashboardViewModel::retries()
