@@ -127,8 +127,9 @@ void Grid::moveCells(int fromRow, int toRow, int left, int right)
         move(to.cells + left, from.cells + left, end - left);
     }
     const int begin = std::max(end, left);
-    if (begin < to.length && begin <= right) {
-        erase(toRow, begin, right, Cell{});
+    const int stale = std::min<int>(to.length, right + 1);
+    if (begin < stale) {
+        std::fill(to.cells + begin, to.cells + stale, Cell{});
     }
     if (from.has(Row::HasWide)) {
         to.set(Row::HasWide);

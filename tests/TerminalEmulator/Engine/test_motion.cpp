@@ -97,6 +97,10 @@ void TestMotion::scrollingKeepsToTheMargins()
     QCOMPARE(box.screen(), "a1111|b3322|c4433|d  44|e5555");
     box.feed("\x1b[T");
     QCOMPARE(box.screen(), "a1111|b  22|c3333|d4444|e5555");
+    // Wide characters come whole into rows that had other ones beside.
+    Scene wide(8, 3);
+    wide.feed("abc\u6f22fg\r\nab\u5b57\x1b[?69h\x1b[2;7s\x1b[1;2H\x1b[S");
+    QCOMPARE(wide.screen(), "ab\u5b57|a");
     Scene top(6, 5);
     top.feed(lines).feed("\x1b[1;3r\x1b[S");
     QCOMPARE(top.terminal.historySize(), 1);
