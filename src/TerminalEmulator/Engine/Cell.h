@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string>
+#include <type_traits>
 
 /// What one position of the screen holds: a character and the number of its style. Eight bytes, so that text is
 /// written and moved in whole runs; everything larger (colours, links, clusters of several code points) is interned
@@ -48,8 +50,10 @@ struct Style {
     uint32_t link = 0;
 
     bool has(Flag flag) const { return (flags & flag) != 0; }
-    bool operator==(const Style &) const = default;
+    /// There is no padding, and every SGR compares styles: all bytes at once.
+    bool operator==(const Style &other) const { return std::memcmp(this, &other, sizeof(Style)) == 0; }
 };
+static_assert(sizeof(Style) == 20 && std::has_unique_object_representations_v<Style>);
 
 using StyleId = uint32_t;
 

@@ -90,7 +90,13 @@ const std::vector<Emulation::Entry> &Emulation::controlTable()
         {csi('u', '>'), 1, &Emulation::keyboardPush},
         {csi('u', '<'), 1, &Emulation::keyboardPop},
         {csi('u', '='), 1, &Emulation::keyboardSet},
+        {csi('t', 0, ' '), 3, &Emulation::bellVolume},
+        {csi('u', 0, ' '), 3, &Emulation::bellVolume},
         {csi('u', 0, '&'), 3, &Emulation::decrqupss},
+        {csi('u', 0, '$'), 3, &Emulation::decrqtsr},
+        {csi('P', 0, '#'), 1, &Emulation::pushColors},
+        {csi('Q', 0, '#'), 1, &Emulation::popColors},
+        {csi('R', 0, '#'), 1, &Emulation::reportColors},
         {csi('v', 0, '$'), 4, &Emulation::deccra},
         {csi('v', 0, '"'), 3, &Emulation::decrqde},
         {csi('w', 0, '$'), 3, &Emulation::decrqpsr},
@@ -147,6 +153,11 @@ void Emulation::buildDirect()
             m_directControls[(entry.key & 0xff) - 0x40] = entry.handler;
         }
     }
+    for (const Entry &entry : escapeTable()) {
+        if ((entry.key & ~0xffu) == 0) {
+            m_directEscapes[entry.key & 0x7f] = entry.handler;
+        }
+    }
 }
 
 void Emulation::control(const Sequence &s)
@@ -154,9 +165,7 @@ void Emulation::control(const Sequence &s)
     m_segmenter.reset();
     m_afterPrepend = false;
     if (s.prefix == 0 && s.intermediateCount == 0) {
-        if (const Handler handler = m_directControls[static_cast<unsigned char>(s.final) - 0x40u]) {
-            (this->*handler)(s);
-        }
+        plainControl(s);
         return;
     }
     static const std::unordered_map<uint32_t, const Entry *> known = [] {
@@ -176,6 +185,13 @@ void Emulation::escape(const Sequence &s)
 {
     m_segmenter.reset();
     m_afterPrepend = false;
+    if (s.intermediateCount == 0 && s.prefix == 0) {
+        const Handler handler = m_directEscapes[static_cast<unsigned char>(s.final) & 0x7f];
+        if (handler && (m_level >= 4 || (s.final != '6' && s.final != '9'))) {
+            (this->*handler)(s);
+        }
+        return;
+    }
     const auto &table = escapeTable();
     const auto found =
         std::find_if(table.begin(), table.end(), [key = s.key()](const Entry &entry) { return entry.key == key; });

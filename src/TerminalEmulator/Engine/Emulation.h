@@ -26,6 +26,8 @@ namespace vt {
 /// Reset, Resize); Terminal is its public face.
 class Emulation
 {
+    using Handler = void (Emulation::*)(const Sequence &);
+
 public:
     explicit Emulation(const Options &options);
 
@@ -39,6 +41,15 @@ public:
     void execute(uint8_t control);
     void escape(const Sequence &sequence);
     void control(const Sequence &sequence);
+    /// A control sequence with neither prefix nor intermediates, as most are.
+    void plainControl(const Sequence &sequence)
+    {
+        m_segmenter.reset();
+        m_afterPrepend = false;
+        if (const Handler handler = m_directControls[static_cast<unsigned char>(sequence.final) - 0x40u]) {
+            (this->*handler)(sequence);
+        }
+    }
     /// `bell`: the string ended with BEL, and so shall the answer.
     void operatingSystemCommand(std::string_view text, bool bell);
     void deviceControl(const Sequence &sequence, std::string_view data);
@@ -117,7 +128,6 @@ private:
     };
     enum class Protection : uint8_t { Off, Iso, Dec };
     enum class Erase : uint8_t { Plain, Selective };
-    using Handler = void (Emulation::*)(const Sequence &);
     struct Entry {
         uint32_t key;
         uint8_t level; ///< VT level from which the function is known
@@ -299,6 +309,11 @@ private:
     void decrqpsr(const Sequence &s);
     void decrqde(const Sequence &s);
     void decrqupss(const Sequence &s);
+    void decrqtsr(const Sequence &s);
+    void bellVolume(const Sequence &s);
+    void pushColors(const Sequence &s);
+    void popColors(const Sequence &s);
+    void reportColors(const Sequence &s);
     void locator(const Sequence &s);
     void ignored(const Sequence &s);
     std::string cursorInformation() const;
@@ -385,6 +400,8 @@ private:
     bool m_rectangleExtent = false; ///< DECSACE 2
     int m_checksumFlags = 0;
     int m_titleModes = 0;
+    std::array<int, 2> m_bellVolumes{}; ///< warning (DECSWBV) and margin (DECSMBV), only told
+    std::vector<Palette> m_paletteStack;
     bool m_statusDisplayActive = false;
     int m_statusDisplay = 0;
     struct SavedTitle {
@@ -401,6 +418,7 @@ private:
         int restoreRows = 0;
     } m_window;
     std::array<Handler, 64> m_directControls{};
+    std::array<Handler, 128> m_directEscapes{};
     uint32_t m_currentLink = 0;
 };
 

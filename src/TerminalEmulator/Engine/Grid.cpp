@@ -106,7 +106,7 @@ void Grid::deleteCells(int y, int x, int right, int count, Cell blank)
     const int kept = std::min<int>(target.length, right + 1) - (x + count);
     if (kept > 0) {
         move(target.cells + x, target.cells + x + count, kept);
-        std::fill(target.cells + x + kept, target.cells + std::min<int>(target.length, right + 1 - count), Cell{});
+        std::fill(target.cells + x + kept, target.cells + std::min<int>(target.length, right + 1), Cell{});
     } else if (x < target.length) {
         const int end = std::min<int>(target.length, right + 1);
         std::fill(target.cells + x, target.cells + end, Cell{});

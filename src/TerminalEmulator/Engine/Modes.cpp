@@ -50,7 +50,7 @@ constexpr ModeInfo Modes[] = {
     {45, true, Mode::ReverseWrap, Settable, 1, false},
     {47, true, Mode::AltScreen47, Settable, 1, false},
     {57, true, Mode::GreekKeyboard, Settable, 1, false},
-    {60, true, Mode::HorizontalCoupling, Settable, 1, false},
+    {60, true, Mode::Count, AlwaysReset, 1, false}, // DECHCCM: the page is never wider than the screen
     {61, true, Mode::VerticalCoupling, Settable, 1, false},
     {64, true, Mode::PageCoupling, Settable, 1, false},
     {66, true, Mode::KeypadApplication, Settable, 1, false},

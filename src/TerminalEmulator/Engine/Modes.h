@@ -36,7 +36,6 @@ enum class Mode : uint8_t {
     ReverseWrap,       ///< 45
     AltScreen47,       ///< 47
     GreekKeyboard,     ///< DECNAKB 57
-    HorizontalCoupling, ///< DECHCCM 60
     VerticalCoupling,   ///< DECVCCM 61
     PageCoupling,       ///< DECPCCM 64
     KeypadApplication,  ///< DECNKM 66

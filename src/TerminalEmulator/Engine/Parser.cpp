@@ -118,9 +118,9 @@ const uint8_t *Parser::sequence(const uint8_t *at, const uint8_t *end)
 {
     // Parameters are what most bytes of most sequences are.
     if (m_state == CsiParam || m_state == CsiEntry) {
-        while (at < end && *at >= '0' && *at <= ';') {
-            parameter(*at++);
+        if (at < end && *at >= '0' && *at <= ';') {
             m_state = CsiParam;
+            at = parameters(at, end);
         }
         if (at == end) {
             return at;
@@ -128,7 +128,11 @@ const uint8_t *Parser::sequence(const uint8_t *at, const uint8_t *end)
         if (*at >= 0x40 && *at < 0x7f) {
             m_state = Ground;
             m_sequence.final = static_cast<char>(*at);
-            m_sink.control(m_sequence);
+            if (m_sequence.prefix == 0) {
+                m_sink.plainControl(m_sequence);
+            } else {
+                m_sink.control(m_sequence);
+            }
             return at + 1;
         }
     }
@@ -238,6 +242,26 @@ void Parser::collect(uint8_t byte)
         // No function has three intermediates.
         m_sequence.intermediates[1] = static_cast<char>(0x7f);
     }
+}
+
+/// All parameter bytes from `at` on.
+const uint8_t *Parser::parameters(const uint8_t *at, const uint8_t *end)
+{
+    Sequence &s = m_sequence;
+    while (at < end && *at >= '0' && *at <= ';') {
+        if (*at > '9' || s.count == 0 || m_tooMany) {
+            parameter(*at++);
+            continue;
+        }
+        int32_t value = s.values[s.count - 1];
+        for (unsigned digit; at < end && (digit = *at - unsigned{'0'}) < 10; ++at) {
+            value = value < 0 ? static_cast<int32_t>(digit)
+                    : value < 100'000'000 ? value * 10 + static_cast<int32_t>(digit)
+                                          : value;
+        }
+        s.values[s.count - 1] = value;
+    }
+    return at;
 }
 
 void Parser::parameter(uint8_t byte)

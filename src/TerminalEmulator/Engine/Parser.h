@@ -107,6 +107,7 @@ private:
     void clear();
     void collect(uint8_t byte);
     void parameter(uint8_t byte);
+    const uint8_t *parameters(const uint8_t *at, const uint8_t *end);
     void append(const uint8_t *from, const uint8_t *to);
     void startString(State state);
     void finishString(bool bell);

@@ -1,6 +1,7 @@
 #include "TerminalEmulator/Engine/Emulation.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 
 namespace vt {
@@ -33,6 +34,23 @@ std::optional<std::string> unhex(std::string_view text)
         out += static_cast<char>(value);
     }
     return out;
+}
+
+/// Percentages as DEC's hue (blue is 0), lightness and saturation.
+std::array<int, 3> hls(int red, int green, int blue)
+{
+    const int high = std::max({red, green, blue});
+    const int low = std::min({red, green, blue});
+    const int spread = high - low;
+    int hue = 0;
+    if (spread > 0) {
+        hue = high == red     ? 120 + 60 * (green - blue) / spread
+              : high == green ? 240 + 60 * (blue - red) / spread
+                              : 60 * (red - green) / spread;
+    }
+    const int sum = high + low;
+    const int saturation = spread == 0 ? 0 : 100 * spread / (sum <= 100 ? sum : 200 - sum);
+    return {(hue + 360) % 360, sum / 2, saturation};
 }
 
 } // namespace
@@ -272,6 +290,60 @@ void Emulation::decrqupss(const Sequence & /*s*/)
     replyDcs("0!u%5");
 }
 
+/// DECRQTSR: 2 asks for the colour table (DECCTR), as percentages of red, green and blue.
+void Emulation::decrqtsr(const Sequence &s)
+{
+    if (s.value(0) != 2 || (s.value(1) != 1 && s.value(1) != 2)) {
+        return;
+    }
+    std::string table;
+    for (int index = 0; index < 256; ++index) {
+        const Rgb color = m_palette.indexed(index).rgb();
+        const int red = color.red * 100 / 255;
+        const int green = color.green * 100 / 255;
+        const int blue = color.blue * 100 / 255;
+        std::array<int, 3> parts{red, green, blue};
+        if (s.value(1) == 1) {
+            parts = hls(red, green, blue);
+        }
+        table += (index > 0 ? "/" : "") + std::to_string(index) + ';' + std::to_string(s.value(1));
+        for (const int part : parts) {
+            table += ';' + std::to_string(part);
+        }
+    }
+    replyDcs("2$s" + table);
+}
+
+void Emulation::bellVolume(const Sequence &s)
+{
+    if (s.value(0) <= 8) {
+        m_bellVolumes[s.final == 't' ? 0 : 1] = s.value(0);
+    }
+}
+
+void Emulation::pushColors(const Sequence & /*s*/)
+{
+    if (m_paletteStack.size() < 10) {
+        m_paletteStack.push_back(m_palette);
+    }
+}
+
+void Emulation::popColors(const Sequence & /*s*/)
+{
+    if (!m_paletteStack.empty()) {
+        m_palette = m_paletteStack.back();
+        m_paletteStack.pop_back();
+        m_allDamaged = true;
+        emitEvent({Event::Kind::PaletteChanged, {}, {}});
+    }
+}
+
+void Emulation::reportColors(const Sequence & /*s*/)
+{
+    const std::string depth = std::to_string(m_paletteStack.size());
+    replyCsi("?" + depth + ';' + depth + "#Q");
+}
+
 /// DECRQLP: there is no DEC locator.
 void Emulation::locator(const Sequence &s)
 {
@@ -313,6 +385,8 @@ void Emulation::decrqss(std::string_view what)
         value = m_statusDisplayActive ? "1" : "0";
     } else if (what == "$~") {
         value = std::to_string(m_statusDisplay);
+    } else if (what == " t" || what == " u") {
+        value = std::to_string(m_bellVolumes[what == " t" ? 0 : 1]);
     } else if (what == "|") {
         value = "1";
     } else if (what == ">4m" || what == ">m") {

@@ -7,7 +7,7 @@ void Emulation::softReset()
 {
     for (const Mode each : {Mode::Insert, Mode::Origin, Mode::Autowrap, Mode::ReverseWrap, Mode::ReverseWrapExtended,
                             Mode::CursorVisible, Mode::KeyboardLocked, Mode::CursorKeys, Mode::NationalSets,
-                            Mode::LeftRightMargins, Mode::KeypadApplication, Mode::MoreFix, Mode::CursorBlink}) {
+                            Mode::LeftRightMargins, Mode::KeypadApplication, Mode::MoreFix, Mode::CursorBlink, Mode::RightToLeft}) {
         store(each, initialState(each));
     }
     m_keypadApplication = false;
@@ -19,6 +19,7 @@ void Emulation::softReset()
     m_pen = {};
     m_pen.link = m_currentLink = 0;
     m_penStack.clear();
+    m_bellVolumes = {};
     penChanged();
     m_cursorStyle = 0;
     m_rectangleExtent = false;
@@ -73,6 +74,7 @@ void Emulation::fullReset()
     m_afterPrepend = false;
     resetTabs();
     m_palette.reset();
+    m_paletteStack.clear();
     m_titleModes = 0;
     m_statusDisplay = 0;
     m_naturalTop.reset();

@@ -30,6 +30,8 @@ void TestEdit::leaves_data()
     row("erase more characters than there are", TEXT "\x1b[2;4H\x1b[99X", "abcdefgh|ijk|qrstuvwx|yzABCDEF");
     row("insert characters", TEXT "\x1b[2;4H\x1b[2@", "abcdefgh|ijk  lmn|qrstuvwx|yzABCDEF");
     row("delete characters", TEXT "\x1b[2;4H\x1b[2P", "abcdefgh|ijknop|qrstuvwx|yzABCDEF");
+    row("deleting moves a wide character whole", "abcdef\u6f22\x1b[1;1H\x1b[P", "bcdef\u6f22");
+    row("inserting pushes half of one out", "abcdef\u6f22\x1b[1;1H\x1b[@", " abcdef");
     row("insert a line", TEXT "\x1b[2;4H\x1b[L", "abcdefgh||ijklmnop|qrstuvwx");
     row("delete a line", TEXT "\x1b[2;4H\x1b[M", "abcdefgh|qrstuvwx|yzABCDEF");
     row("insert characters inside the margins", TEXT "\x1b[?69h\x1b[2;6s\x1b[2;4H\x1b[9@",

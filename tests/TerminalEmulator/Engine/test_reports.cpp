@@ -68,6 +68,9 @@ void TestReports::answers_data()
     row("\x1b[>5u\x1b[?u", "^[[?5u");
     row("\x1b[>5u\x1b[=8;2u\x1b[?u\x1b[<u\x1b[?u", "^[[?13u^[[?0u");
     row("\x1b[>4;2m\x1b[?4m", "^[[>4;2m");
+    row("\x1b[4 tx\x1bP$q t\x1b\\", "^[P1$r4 t^[\\");
+    row("\x1b[#P\x1b]4;1;#fff\x07\x1b[#Q\x1b[#R\x1b]4;1;?\x07", "^[[?0;0#Q^[]4;1;rgb:cdcd/0000/0000\\x07");
+    row("\x1b[?60$p", "^[[?60;4$y");
     row("\x1b[x", "^[[2;1;1;128;128;1;0x");
 }
 
