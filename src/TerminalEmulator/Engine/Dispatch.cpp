@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <unordered_map>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 constexpr uint32_t csi(char final, char prefix = 0, char first = 0)
 {
@@ -70,8 +72,8 @@ const std::vector<Emulation::Entry> &Emulation::controlTable()
         {csi('n'), 1, &Emulation::dsr},
         {csi('n', '>'), 1, &Emulation::xtunmodkeys},
         {csi('n', '?'), 1, &Emulation::decdsr},
-        {csi('p', 0, '!'), 2, &Emulation::decstr},
-        {csi('p', 0, '"'), 2, &Emulation::decscl},
+        {csi('p', 0, '!'), 1, &Emulation::decstr},
+        {csi('p', 0, '"'), 1, &Emulation::decscl},
         {csi('p', 0, '$'), 3, &Emulation::decrqm},
         {csi('p', '?', '$'), 3, &Emulation::decrqm},
         {csi('q', 0, ' '), 1, &Emulation::decscusr},
@@ -127,21 +129,21 @@ const std::vector<Emulation::Entry> &Emulation::controlTable()
 const std::vector<Emulation::Entry> &Emulation::escapeTable()
 {
     static const std::vector<Entry> table = {
-        {esc('6'), 4, &Emulation::decbi},          {esc('7'), 1, &Emulation::decsc},
-        {esc('8'), 1, &Emulation::decrc},          {esc('9'), 4, &Emulation::decfi},
-        {esc('='), 1, &Emulation::deckpam},        {esc('>'), 1, &Emulation::deckpnm},
-        {esc('D'), 1, &Emulation::ind},            {esc('E'), 1, &Emulation::nel},
-        {esc('H'), 1, &Emulation::hts},            {esc('M'), 1, &Emulation::ri},
-        {esc('N'), 1, &Emulation::singleShift},    {esc('O'), 1, &Emulation::singleShift},
-        {esc('V'), 1, &Emulation::spa},            {esc('W'), 1, &Emulation::epa},
-        {esc('Z'), 1, &Emulation::decid},          {esc('c'), 1, &Emulation::ris},
-        {esc('n'), 1, &Emulation::lockingShift},   {esc('o'), 1, &Emulation::lockingShift},
-        {esc('|'), 1, &Emulation::lockingShift},   {esc('}'), 1, &Emulation::lockingShift},
-        {esc('~'), 1, &Emulation::lockingShift},   {esc('3', '#'), 1, &Emulation::lineSize},
-        {esc('4', '#'), 1, &Emulation::lineSize},  {esc('5', '#'), 1, &Emulation::lineSize},
-        {esc('6', '#'), 1, &Emulation::lineSize},  {esc('8', '#'), 1, &Emulation::decaln},
-        {esc('F', ' '), 2, &Emulation::s7c1t},     {esc('G', ' '), 2, &Emulation::s8c1t},
-        {esc('G', '%'), 1, &Emulation::docs},      {esc('@', '%'), 1, &Emulation::docs},
+        {esc('6'), 4, &Emulation::decbi},         {esc('7'), 1, &Emulation::decsc},
+        {esc('8'), 1, &Emulation::decrc},         {esc('9'), 4, &Emulation::decfi},
+        {esc('='), 1, &Emulation::deckpam},       {esc('>'), 1, &Emulation::deckpnm},
+        {esc('D'), 1, &Emulation::ind},           {esc('E'), 1, &Emulation::nel},
+        {esc('H'), 1, &Emulation::hts},           {esc('M'), 1, &Emulation::ri},
+        {esc('N'), 1, &Emulation::singleShift},   {esc('O'), 1, &Emulation::singleShift},
+        {esc('V'), 1, &Emulation::spa},           {esc('W'), 1, &Emulation::epa},
+        {esc('Z'), 1, &Emulation::decid},         {esc('c'), 1, &Emulation::ris},
+        {esc('n'), 1, &Emulation::lockingShift},  {esc('o'), 1, &Emulation::lockingShift},
+        {esc('|'), 1, &Emulation::lockingShift},  {esc('}'), 1, &Emulation::lockingShift},
+        {esc('~'), 1, &Emulation::lockingShift},  {esc('3', '#'), 1, &Emulation::lineSize},
+        {esc('4', '#'), 1, &Emulation::lineSize}, {esc('5', '#'), 1, &Emulation::lineSize},
+        {esc('6', '#'), 1, &Emulation::lineSize}, {esc('8', '#'), 1, &Emulation::decaln},
+        {esc('F', ' '), 2, &Emulation::s7c1t},    {esc('G', ' '), 2, &Emulation::s8c1t},
+        {esc('G', '%'), 1, &Emulation::docs},     {esc('@', '%'), 1, &Emulation::docs},
     };
     return table;
 }

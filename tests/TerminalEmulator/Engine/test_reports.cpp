@@ -1,7 +1,8 @@
 #include "Scene.h"
 
 // What the terminal answers, and the modes and settings it answers about.
-class TestReports : public QObject {
+class TestReports : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
@@ -39,6 +40,7 @@ void TestReports::answers_data()
     row("\x1b[?2027$p", "^[[?2027;3$y");
     row("\x1b[?7777$p", "^[[?7777;0$y");
     row("\x1b[62\"p\x1b[?6$p", "");
+    row("\x1b[61\"p\x1b[?6n\x1b[65;1\"p\x1b[20$p", "^[[?1;1R^[[20;2$y");
     row("\x1b[64\"p\x1b[?95h\x1b[?95$p", "^[[?95;0$y");
     row("\x1b[1;3;4:3;38;5;77;48;2;1;2;3m\x1bP$qm\x1b\\", "^[P1$r0;1;3;4:3;38:5:77;48:2::1:2:3m^[\\");
     row("\x1b[2;4r\x1bP$qr\x1b\\", "^[P1$r2;4r^[\\");
@@ -55,14 +57,22 @@ void TestReports::answers_data()
     row("\x1b[2t\x1b[11t", "^[[2t");
     row("\x1b]4;1;rgb:12/34/56\x07\x1b]4;1;?\x07", "^[]4;1;rgb:1212/3434/5656\\x07");
     row("\x1b]10;#f00\x1b\\\x1b]10;?\x1b\\", "^[]10;rgb:f0f0/0000/0000^[\\");
-    row("\x1b]11;white;rgbi:0.5/0.5/0.5\x1b\\\x1b]11;?;?\x1b\\", "^[]11;rgb:ffff/ffff/ffff^[\\^[]12;rgb:c1c1/bbbb/bbbb^[\\");
+    row("\x1b]11;white;rgbi:0.5/0.5/0.5\x1b\\\x1b]11;?;?\x1b\\",
+        "^[]11;rgb:ffff/ffff/ffff^[\\^[]12;rgb:c1c1/bbbb/bbbb^[\\");
     row("\x1b]5;0;CIEXYZ:0.5/0.5/0.5\x1b\\\x1b]4;256;?\x1b\\", "^[]4;256;rgb:dddd/b5b5/a0a0^[\\");
-    row("\x1b]4;1;TekHVC:1/1/1;2;CIELuv:1/1/1\x1b\\\x1b]4;1;?;2;?\x1b\\", "^[]4;1;rgb:1a1a/1313/0f0f^[\\^[]4;2;rgb:1616/1414/0e0e^[\\");
+    row("\x1b]4;1;TekHVC:1/1/1;2;CIELuv:1/1/1\x1b\\\x1b]4;1;?;2;?\x1b\\",
+        "^[]4;1;rgb:1a1a/1313/0f0f^[\\^[]4;2;rgb:1616/1414/0e0e^[\\");
     row("\x1b]4;1;rgb:0/0/0\x07\x1b]104;1\x07\x1b]4;1;?\x07", "^[]4;1;rgb:cdcd/0000/0000\\x07");
     row("\x1b G\x1b[5n", "\\x9b0n");
-    row("\x1b G\x9b" "5n", "\\x9b0n");
-    row("\x9b" "5n", "");
-    row("\xc2\x9b" "5n", "^[[0n");
+    row("\x1b G\x9b"
+        "5n",
+        "\\x9b0n");
+    row("\x9b"
+        "5n",
+        "");
+    row("\xc2\x9b"
+        "5n",
+        "^[[0n");
     row("\x1b[1$w", "^[P1$u1;1;1;@;@;@;0;2;@;BBBB^[\\");
     row("\x1b[2$w", "^[P2$u1/9/17/25/33^[\\");
     row("\x1b[>5u\x1b[?u", "^[[?5u");
