@@ -1,0 +1,145 @@
+#include "TerminalEmulator/PseudoTerminal.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTest>
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// Children on a pseudo terminal, and vt-host around them.
+class TestPseudoTerminal : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theChildFindsATerminalOfItsSize();
+    void theChildStartsClean();
+    void whatCannotStartSaysWhy();
+    void aChildThatDoesNotReadBlocksNobody();
+    void vtHostAnswersAndEndsLikeItsCommand();
+
+private:
+    /// What a shell command writes until it ends, and its status.
+    static QByteArray run(const std::string &command, int &status, std::vector<std::string> environment = {})
+    {
+        vt::PseudoTerminal pty;
+        QByteArray out;
+        if (pty.open(33, 7) != 0 || pty.spawn({"/bin/sh", {"-c", command}, std::move(environment), "/"}) != 0) {
+            return "not started";
+        }
+        char buffer[4096];
+        while (true) {
+            struct pollfd watched = {pty.master(), POLLIN, 0};
+            if (::poll(&watched, 1, 10'000) <= 0) {
+                return "timeout";
+            }
+            const ssize_t count = pty.read(buffer, sizeof buffer);
+            if (count == 0) {
+                break;
+            }
+            out.append(buffer, count > 0 ? static_cast<int>(count) : 0);
+        }
+        for (int tries = 0; tries < 1000 && !pty.hasExited(status); ++tries) {
+            ::usleep(5000);
+        }
+        return out.replace("\r\n", "\n");
+    }
+};
+
+void TestPseudoTerminal::theChildFindsATerminalOfItsSize()
+{
+    int status = 0;
+    QCOMPARE(
+        run("stty size; tty -s && echo tty; pwd; echo $NAME; exit 5", status, {"NAME=value", "PATH=/usr/bin:/bin"}),
+        "7 33\ntty\n/\nvalue\n");
+    QCOMPARE(WEXITSTATUS(status), 5);
+}
+
+void TestPseudoTerminal::theChildStartsClean()
+{
+    // An ignored and a blocked signal, and a descriptor without close-on-exec, must not get through.
+    sigset_t blocked;
+    sigset_t before;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGUSR1);
+    sigprocmask(SIG_BLOCK, &blocked, &before);
+    const auto handler = std::signal(SIGUSR2, SIG_IGN);
+    const int leak = ::dup(0);
+    int status = 0;
+    const QByteArray state =
+        run("grep -E '^Sig(Blk|Ign):' /proc/self/status | cut -f2; ls /proc/$$/fd | tr '\\n' ' '; "
+            "[ $(ps -o sid= -p $$) = $$ ] && echo leader",
+            status);
+    ::close(leak);
+    std::signal(SIGUSR2, handler);
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    const QList<QByteArray> lines = state.split('\n');
+    QCOMPARE(lines.value(0).toULongLong(nullptr, 16), 0ull);
+    QCOMPARE(lines.value(1).toULongLong(nullptr, 16), 0ull);
+    QVERIFY2(lines.value(2).startsWith("0 1 2 "), state.constData());
+    QVERIFY2(!lines.value(2).contains(QByteArray::number(leak)) || leak < 3, state.constData());
+    QVERIFY2(state.contains("leader"), state.constData());
+}
+
+void TestPseudoTerminal::whatCannotStartSaysWhy()
+{
+    vt::PseudoTerminal pty;
+    QCOMPARE(pty.spawn({"/bin/true", {}, {}, {}}), EBADF);
+    QCOMPARE(pty.open(80, 24), 0);
+    QCOMPARE(pty.spawn({"/nowhere/at-all", {}, {}, {}}), ENOENT);
+    QCOMPARE(pty.spawn({"/bin/true", {}, {}, "/nowhere"}), ENOENT);
+    QCOMPARE(pty.spawn({"/etc/passwd", {}, {}, {}}), EACCES);
+    QCOMPARE(pty.spawn({"true", {}, {}, {}}), 0);
+}
+
+void TestPseudoTerminal::aChildThatDoesNotReadBlocksNobody()
+{
+    vt::PseudoTerminal pty;
+    QCOMPARE(pty.open(80, 24), 0);
+    QCOMPARE(pty.spawn({"/bin/sh", {"-c", "stty raw -echo; sleep 30"}, {}, {}}), 0);
+    QElapsedTimer timer;
+    timer.start();
+    const std::string block(1 << 20, 'x');
+    int taken = 0;
+    while (taken < 100 && pty.write(block)) {
+        ++taken;
+    }
+    QVERIFY(timer.elapsed() < 5000);
+    QVERIFY(pty.hasPending());
+    QVERIFY(taken < 100);
+    ::kill(pty.child(), SIGKILL);
+    int status = 0;
+    bool ended = false;
+    QTRY_VERIFY((ended = ended || pty.hasExited(status)));
+    QCOMPARE(WTERMSIG(status), SIGKILL);
+}
+
+void TestPseudoTerminal::vtHostAnswersAndEndsLikeItsCommand()
+{
+    const auto host = [](const QStringList &arguments) {
+        QProcess process;
+        process.start(QStringLiteral(TARNWELL_VT_HOST), arguments);
+        process.waitForFinished(20'000);
+        return std::pair{process.readAllStandardOutput(), process.exitCode()};
+    };
+    const auto [screen, code] = host({QStringLiteral("--size"), QStringLiteral("30x5"), QStringLiteral("--dump"),
+                                      QStringLiteral("--"), QStringLiteral("/bin/sh"), QStringLiteral("-c"),
+                                      QStringLiteral("stty raw -echo; printf '\\033[3;5H\\033[6n'; "
+                                                     "head -c 6 | tr -d '\\033'; stty size; exit 4")});
+    QCOMPARE(screen, "\n\n    [3;5R5 30\n");
+    QCOMPARE(code, 4);
+    QCOMPARE(
+        host({QStringLiteral("--"), QStringLiteral("/bin/sh"), QStringLiteral("-c"), QStringLiteral("kill -9 $$")})
+            .second,
+        128 + 9);
+    QCOMPARE(host({QStringLiteral("--"), QStringLiteral("/nowhere")}).second, 127);
+    QCOMPARE(host({QStringLiteral("--size"), QStringLiteral("x")}).second, 2);
+}
+
+QTEST_GUILESS_MAIN(TestPseudoTerminal)
+#include "test_pseudo_terminal.moc"
