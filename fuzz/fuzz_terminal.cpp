@@ -1,5 +1,5 @@
-// The engine with everything an embedder may do in between: the input is cut into pieces, and the byte 0xff before a piece
-// is a command (resize, select, search, keys, reading all lines) with the next byte as its argument.
+// The engine with everything an embedder may do in between: the input is cut into pieces, and the byte 0xff before a
+// piece is a command (resize, select, search, keys, reading all lines) with the next byte as its argument.
 
 #include "TerminalEmulator/Engine/Terminal.h"
 
@@ -8,7 +8,8 @@
 #include <string>
 #include <string_view>
 
-namespace {
+namespace
+{
 
 void readEverything(vt::Terminal &terminal)
 {

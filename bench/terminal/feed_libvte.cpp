@@ -27,6 +27,7 @@ int main(int argc, char **argv)
         }
     };
     drain();
-    job.run([&](const char *bytes, size_t size) { vte_terminal_feed(terminal, bytes, static_cast<gssize>(size)); }, drain);
+    job.run([&](const char *bytes, size_t size) { vte_terminal_feed(terminal, bytes, static_cast<gssize>(size)); },
+            drain);
     return 0;
 }

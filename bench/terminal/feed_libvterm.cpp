@@ -1,4 +1,5 @@
-// feed-libvterm FILE COLUMNS ROWS SCROLLBACK: seconds libvterm takes for the file, its scrollback kept as its users do.
+// feed-libvterm FILE COLUMNS ROWS SCROLLBACK: seconds libvterm takes for the file, its scrollback kept as its users
+// do.
 
 #include "feed.h"
 
@@ -6,7 +7,8 @@
 #include <vector>
 #include <vterm.h>
 
-namespace {
+namespace
+{
 
 struct Host {
     VTerm *terminal = nullptr;

@@ -8,7 +8,7 @@ import subprocess
 import sys
 import tempfile
 
-build = os.path.join(sys.argv[1], "bench", "terminal")
+build = os.path.join(sys.argv[1], "bench")
 rounds = int(sys.argv[2]) if len(sys.argv) > 2 else 5
 mib = sys.argv[3] if len(sys.argv) > 3 else "8"
 here = os.path.dirname(os.path.abspath(__file__))

@@ -7,7 +7,8 @@
 
 #define EXPORT extern "C" __attribute__((visibility("default")))
 
-namespace {
+namespace
+{
 
 struct Face {
     vt::Terminal terminal;

@@ -10,9 +10,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 /// The path of a program as execvp(3) would find it; the name itself if it is nowhere, so that execve says why.
 std::string find(const std::string &program)
@@ -118,7 +120,9 @@ void PseudoTerminal::closeSlave()
 
 int PseudoTerminal::setSize(int columns, int rows, int pixelWidth, int pixelHeight)
 {
-    const auto narrow = [](int value) { return static_cast<unsigned short>(value < 0 ? 0 : value > 65535 ? 65535 : value); };
+    const auto narrow = [](int value) {
+        return static_cast<unsigned short>(value < 0 ? 0 : value > 65535 ? 65535 : value);
+    };
     struct winsize size = {};
     size.ws_col = narrow(columns);
     size.ws_row = narrow(rows);

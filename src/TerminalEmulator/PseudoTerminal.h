@@ -6,7 +6,8 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace vt {
+namespace vt
+{
 
 /// A pair of pseudo terminal descriptors and, perhaps, a child on the far one (pty(7)). Reading and writing never
 /// block: what the child does not take yet is kept and goes out with flush(). All descriptors are close-on-exec.
@@ -14,10 +15,10 @@ class PseudoTerminal
 {
 public:
     struct Command {
-        std::string program;                ///< a path, or a name to be found in PATH
-        std::vector<std::string> arguments; ///< after the program's name
+        std::string program;                  ///< a path, or a name to be found in PATH
+        std::vector<std::string> arguments;   ///< after the program's name
         std::vector<std::string> environment; ///< "NAME=value"; empty: that of this process
-        std::string workingDirectory;       ///< empty: that of this process
+        std::string workingDirectory;         ///< empty: that of this process
     };
 
     /// Bytes that may wait for a child that does not read; beyond that write() refuses.
@@ -31,10 +32,13 @@ public:
     /// Opens a pair of the given size in cells. Returns 0 or an errno.
     int open(int columns, int rows);
     void close();
+
     /// The near descriptor, to be watched for reading (and for writing while hasPending()); -1 if closed.
     int master() const { return m_master; }
+
     /// The far descriptor, for a child started otherwise; close it with closeSlave() once the child has it.
     int slave() const { return m_slave; }
+
     void closeSlave();
 
     /// TIOCSWINSZ: the children on it get SIGWINCH. Pixels may be 0. Returns 0 or an errno.
@@ -44,6 +48,7 @@ public:
     /// signal handling, no signal blocked, and no descriptor but 0 to 2. Closes the far side here. Returns 0 or the
     /// errno of what failed, execve included.
     int spawn(const Command &command);
+
     pid_t child() const { return m_child; }
 
     /// Reads what is there, at most `size` bytes: the count, 0 at the end (also when the last child closed its side),
@@ -53,6 +58,7 @@ public:
     bool write(std::string_view bytes);
     /// Sends what waits. False if some still does.
     bool flush();
+
     bool hasPending() const { return m_sent < m_pending.size(); }
 
     /// Whether the child ended; then `status` is that of waitpid(2). Reaps it.

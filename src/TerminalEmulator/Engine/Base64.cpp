@@ -2,7 +2,8 @@
 
 #include <cstdint>
 
-namespace vt {
+namespace vt
+{
 
 static constexpr std::string_view Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 

@@ -4,7 +4,8 @@
 #include <string>
 #include <string_view>
 
-namespace vt {
+namespace vt
+{
 
 /// Base64 of RFC 4648, with padding.
 std::string encodeBase64(std::string_view bytes);

@@ -1,6 +1,7 @@
 #include "TerminalEmulator/Engine/Cell.h"
 
-namespace vt {
+namespace vt
+{
 
 void appendUtf8(std::string &out, char32_t codePoint)
 {

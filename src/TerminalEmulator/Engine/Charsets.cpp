@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <iterator>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 struct Designation {
     std::string_view designator;
@@ -15,32 +17,19 @@ struct Designation {
 
 // VT510 programmer information, "Select character set"; the first of a set's designators is the one reported.
 constexpr Designation Designations[] = {
-    {"B", Charset::Ascii, false},
-    {"1", Charset::Ascii, false},
-    {"0", Charset::DecSpecial, false},
-    {"2", Charset::DecSpecial, false},
-    {">", Charset::DecTechnical, false},
-    {"%5", Charset::DecSupplemental, false},
-    {"<", Charset::DecSupplemental, false},
-    {"A", Charset::Latin1, true},
-    {"A", Charset::British, false},
-    {"4", Charset::Dutch, false},
-    {"5", Charset::Finnish, false},
-    {"C", Charset::Finnish, false},
-    {"R", Charset::French, false},
-    {"f", Charset::French, false},
-    {"9", Charset::FrenchCanadian, false},
-    {"Q", Charset::FrenchCanadian, false},
-    {"K", Charset::German, false},
-    {"Y", Charset::Italian, false},
-    {"`", Charset::NorwegianDanish, false},
-    {"E", Charset::NorwegianDanish, false},
-    {"6", Charset::NorwegianDanish, false},
-    {"%6", Charset::Portuguese, false},
-    {"Z", Charset::Spanish, false},
-    {"7", Charset::Swedish, false},
-    {"H", Charset::Swedish, false},
-    {"=", Charset::Swiss, false},
+    {"B", Charset::Ascii, false},           {"1", Charset::Ascii, false},
+    {"0", Charset::DecSpecial, false},      {"2", Charset::DecSpecial, false},
+    {">", Charset::DecTechnical, false},    {"%5", Charset::DecSupplemental, false},
+    {"<", Charset::DecSupplemental, false}, {"A", Charset::Latin1, true},
+    {"A", Charset::British, false},         {"4", Charset::Dutch, false},
+    {"5", Charset::Finnish, false},         {"C", Charset::Finnish, false},
+    {"R", Charset::French, false},          {"f", Charset::French, false},
+    {"9", Charset::FrenchCanadian, false},  {"Q", Charset::FrenchCanadian, false},
+    {"K", Charset::German, false},          {"Y", Charset::Italian, false},
+    {"`", Charset::NorwegianDanish, false}, {"E", Charset::NorwegianDanish, false},
+    {"6", Charset::NorwegianDanish, false}, {"%6", Charset::Portuguese, false},
+    {"Z", Charset::Spanish, false},         {"7", Charset::Swedish, false},
+    {"H", Charset::Swedish, false},         {"=", Charset::Swiss, false},
 };
 
 // VT100 line drawing, from 0x5f.
@@ -61,10 +50,12 @@ constexpr char32_t Technical[] = {
 
 // The positions national sets replace, and with what (VT510 programmer information, character set tables).
 constexpr std::string_view NationalPositions = "#@[\\]^_`{|}~";
+
 struct National {
     Charset set;
     std::u32string_view characters;
 };
+
 constexpr National Nationals[] = {
     {Charset::British, U"\u00a3@[\\]^_`{|}~"},
     {Charset::Dutch, U"\u00a3\u00be\u0133\u00bd|^_`\u00a8\u0192\u00bc\u00b4"},
@@ -148,8 +139,8 @@ char32_t translate(Charset set, char32_t code)
     if (position == std::string_view::npos) {
         return code;
     }
-    const auto *entry =
-        std::find_if(std::begin(Nationals), std::end(Nationals), [&](const National &each) { return each.set == set; });
+    const auto *entry = std::find_if(std::begin(Nationals), std::end(Nationals),
+                                     [&](const National &each) { return each.set == set; });
     return entry != std::end(Nationals) ? entry->characters[position] : code;
 }
 

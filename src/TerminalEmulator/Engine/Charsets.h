@@ -3,15 +3,16 @@
 #include <cstdint>
 #include <string_view>
 
-namespace vt {
+namespace vt
+{
 
 /// Graphic character sets an application can designate (SCS) to G0 to G3.
 enum class Charset : uint8_t {
     Ascii,
-    DecSpecial,      ///< line drawing
+    DecSpecial, ///< line drawing
     DecTechnical,
     DecSupplemental,
-    Latin1,          ///< the 96 characters from U+00A0
+    Latin1, ///< the 96 characters from U+00A0
     British,
     Dutch,
     Finnish,

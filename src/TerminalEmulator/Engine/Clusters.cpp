@@ -1,6 +1,7 @@
 #include "TerminalEmulator/Engine/Clusters.h"
 
-namespace vt {
+namespace vt
+{
 
 Clusters::Clusters()
     : m_slots(1024, 0)

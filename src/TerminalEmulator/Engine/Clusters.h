@@ -5,7 +5,8 @@
 #include <cstddef>
 #include <vector>
 
-namespace vt {
+namespace vt
+{
 
 /// Grapheme clusters of more than one code point, each stored once as a step from a shorter one: cluster number n
 /// is its parent (a code point or another cluster) and one more code point.
@@ -31,6 +32,7 @@ public:
     int expand(uint32_t code, char32_t *out) const;
 
     bool wantsSweep() const { return m_nodes.size() >= m_sweepAt; }
+
     size_t size() const { return m_nodes.size(); }
 
     /// Marks the cluster of a cell's code and all it builds on in `used` (indexed by number).

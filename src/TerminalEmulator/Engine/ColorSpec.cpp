@@ -5,9 +5,11 @@
 #include <charconv>
 #include <cmath>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 std::optional<unsigned> hexadecimal(std::string_view text)
 {
@@ -74,19 +76,19 @@ struct Named {
 
 // The names of X11's rgb.txt that programs use in practice.
 constexpr Named Names[] = {
-    {"aqua", 0x00ffff},      {"beige", 0xf5f5dc},      {"black", 0x000000},     {"blue", 0x0000ff},
-    {"brown", 0xa52a2a},     {"chocolate", 0xd2691e},  {"coral", 0xff7f50},     {"cyan", 0x00ffff},
-    {"darkblue", 0x00008b},  {"darkgray", 0xa9a9a9},   {"darkgreen", 0x006400}, {"darkgrey", 0xa9a9a9},
+    {"aqua", 0x00ffff},       {"beige", 0xf5f5dc},     {"black", 0x000000},     {"blue", 0x0000ff},
+    {"brown", 0xa52a2a},      {"chocolate", 0xd2691e}, {"coral", 0xff7f50},     {"cyan", 0x00ffff},
+    {"darkblue", 0x00008b},   {"darkgray", 0xa9a9a9},  {"darkgreen", 0x006400}, {"darkgrey", 0xa9a9a9},
     {"darkorange", 0xff8c00}, {"darkred", 0x8b0000},   {"fuchsia", 0xff00ff},   {"gold", 0xffd700},
-    {"gray", 0xbebebe},      {"green", 0x00ff00},      {"grey", 0xbebebe},      {"indigo", 0x4b0082},
-    {"ivory", 0xfffff0},     {"khaki", 0xf0e68c},      {"lightblue", 0xadd8e6}, {"lightgray", 0xd3d3d3},
+    {"gray", 0xbebebe},       {"green", 0x00ff00},     {"grey", 0xbebebe},      {"indigo", 0x4b0082},
+    {"ivory", 0xfffff0},      {"khaki", 0xf0e68c},     {"lightblue", 0xadd8e6}, {"lightgray", 0xd3d3d3},
     {"lightgreen", 0x90ee90}, {"lightgrey", 0xd3d3d3}, {"lime", 0x00ff00},      {"linen", 0xfaf0e6},
-    {"magenta", 0xff00ff},   {"maroon", 0xb03060},     {"navy", 0x000080},      {"olive", 0x808000},
-    {"orange", 0xffa500},    {"orchid", 0xda70d6},     {"pink", 0xffc0cb},      {"plum", 0xdda0dd},
-    {"purple", 0xa020f0},    {"red", 0xff0000},        {"salmon", 0xfa8072},    {"silver", 0xc0c0c0},
-    {"skyblue", 0x87ceeb},   {"steelblue", 0x4682b4},  {"tan", 0xd2b48c},       {"teal", 0x008080},
-    {"tomato", 0xff6347},    {"turquoise", 0x40e0d0},  {"violet", 0xee82ee},    {"wheat", 0xf5deb3},
-    {"white", 0xffffff},     {"yellow", 0xffff00},
+    {"magenta", 0xff00ff},    {"maroon", 0xb03060},    {"navy", 0x000080},      {"olive", 0x808000},
+    {"orange", 0xffa500},     {"orchid", 0xda70d6},    {"pink", 0xffc0cb},      {"plum", 0xdda0dd},
+    {"purple", 0xa020f0},     {"red", 0xff0000},       {"salmon", 0xfa8072},    {"silver", 0xc0c0c0},
+    {"skyblue", 0x87ceeb},    {"steelblue", 0x4682b4}, {"tan", 0xd2b48c},       {"teal", 0x008080},
+    {"tomato", 0xff6347},     {"turquoise", 0x40e0d0}, {"violet", 0xee82ee},    {"wheat", 0xf5deb3},
+    {"white", 0xffffff},      {"yellow", 0xffff00},
 };
 
 std::optional<DeepColor> named(std::string_view text)
@@ -97,7 +99,8 @@ std::optional<DeepColor> named(std::string_view text)
             name += each >= 'A' && each <= 'Z' ? static_cast<char>(each + 32) : each;
         }
     }
-    const auto *found = std::find_if(std::begin(Names), std::end(Names), [&](const Named &each) { return each.name == name; });
+    const auto *found =
+        std::find_if(std::begin(Names), std::end(Names), [&](const Named &each) { return each.name == name; });
     if (found == std::end(Names)) {
         return std::nullopt;
     }

@@ -5,9 +5,11 @@
 #include <charconv>
 #include <cstdio>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 constexpr size_t MaxTitle = 4096;
 constexpr size_t MaxMarks = 20'000;

@@ -5,7 +5,8 @@
 #include <optional>
 #include <string_view>
 
-namespace vt {
+namespace vt
+{
 
 /// A colour of one of X11's device-independent spaces: "rgbi", "ciexyz", "cieuvy", "ciexyy", "cielab", "cieluv" or
 /// "tekhvc" (in lower case), with its three numbers. Nothing for another space.

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 
-namespace vt {
+namespace vt
+{
 
 /// Erases cells of a row, sparing protected ones while protection is on.
 void Emulation::eraseRow(int y, int left, int right)

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 Options checked(Options options)
 {

@@ -19,7 +19,8 @@
 #include <string_view>
 #include <vector>
 
-namespace vt {
+namespace vt
+{
 
 /// The terminal behind the parser: the screens and everything a sequence can change. Its operations are spread over
 /// several files by topic (Print, Motion, Edit, Rectangles, Rendition, ModeSwitches, Reports, Commands, Windows,
@@ -36,11 +37,14 @@ public:
     // ---- what the parser calls -------------------------------------------------------------------------------
     /// Takes text from `at` and returns where it ends: at a control character or at `end`.
     const uint8_t *text(const uint8_t *at, const uint8_t *end);
+
     /// A character's bytes were cut by the end of a block.
     bool isDecoding() const { return m_decodeNeed != 0; }
+
     void execute(uint8_t control);
     void escape(const Sequence &sequence);
     void control(const Sequence &sequence);
+
     /// A control sequence with neither prefix nor intermediates, as most are.
     void plainControl(const Sequence &sequence)
     {
@@ -50,6 +54,7 @@ public:
             (this->*handler)(sequence);
         }
     }
+
     /// `bell`: the string ended with BEL, and so shall the answer.
     void operatingSystemCommand(std::string_view text, bool bell);
     void deviceControl(const Sequence &sequence, std::string_view data);
@@ -58,10 +63,15 @@ public:
 
     // ---- what Terminal reads ---------------------------------------------------------------------------------
     int columns() const { return m_grid->columns(); }
+
     int rows() const { return m_grid->rows(); }
+
     bool isAlternate() const { return m_grid == &m_alternate.grid; }
+
     int64_t firstLine() const { return isAlternate() ? screenTop() : m_firstLine; }
+
     int64_t screenTop() const { return m_firstLine + static_cast<int64_t>(m_history.size()); }
+
     bool mode(Mode mode) const { return m_modes[static_cast<size_t>(mode)]; }
 
     /// Line number `line`, or false if there is none.
@@ -87,7 +97,7 @@ public:
     std::string m_replies;
     std::vector<Event> m_events;
     std::deque<Mark> m_marks;
-    int64_t m_scrolled = 0;    ///< lines the screen moved up since damage was taken
+    int64_t m_scrolled = 0; ///< lines the screen moved up since damage was taken
     bool m_allDamaged = true;
     uint32_t m_reflows = 0;
     std::vector<Position *> m_tracked; ///< positions that a reflow moves with their text
@@ -99,10 +109,15 @@ public:
     int m_formatOtherKeys = 0;
 
     CursorState cursor() const;
+
     Grid &grid() { return *m_grid; }
+
     const Grid &grid() const { return *m_grid; }
+
     int keyboardFlags() const;
+
     bool isKeypadApplication() const { return m_keypadApplication; }
+
     bool sendsEightBit() const { return m_eightBitReplies; }
 
 private:
@@ -112,6 +127,7 @@ private:
         uint8_t right = 2;
         bool operator==(const Charsets &) const = default;
     };
+
     struct SavedCursor {
         int x = 0;
         int y = 0;
@@ -121,6 +137,7 @@ private:
         Charsets charsets;
         bool isSet = false;
     };
+
     struct Screen {
         Grid grid;
         SavedCursor saved;
@@ -128,11 +145,13 @@ private:
     };
     enum class Protection : uint8_t { Off, Iso, Dec };
     enum class Erase : uint8_t { Plain, Selective };
+
     struct Entry {
         uint32_t key;
         uint8_t level; ///< VT level from which the function is known
         Handler handler;
     };
+
     static const std::vector<Entry> &controlTable();
     static const std::vector<Entry> &escapeTable();
     void buildDirect();
@@ -159,9 +178,11 @@ private:
 
     // ---- Motion.cpp ------------------------------------------------------------------------------------------
     bool inColumnMargins() const { return m_x >= m_left && m_x <= m_right; }
+
     bool inRowMargins() const { return m_y >= m_top && m_y <= m_bottom; }
-    void moveTo(int x, int y);          ///< clamped to the screen
-    void address(int row, int column);  ///< from 0, obeys origin mode
+
+    void moveTo(int x, int y);         ///< clamped to the screen
+    void address(int row, int column); ///< from 0, obeys origin mode
     int originRow() const;
     int originColumn() const;
     void index();
@@ -179,7 +200,9 @@ private:
     void restoreCursor();
     void scrollUp(int count);
     void scrollDown(int count);
+
     Area marginArea() const { return {m_top, m_left, m_bottom, m_right}; }
+
     void resetMargins();
 
     void cuu(const Sequence &s);
@@ -261,7 +284,12 @@ private:
     void pushSgr(const Sequence &s);
     void popSgr(const Sequence &s);
     void reportSgr(const Sequence &s);
-    void penChanged() { m_penKnown = false; m_blankKnown = false; }
+
+    void penChanged()
+    {
+        m_penKnown = false;
+        m_blankKnown = false;
+    }
 
     // ---- ModeSwitches.cpp ------------------------------------------------------------------------------------
     void sm(const Sequence &s);
@@ -273,7 +301,9 @@ private:
     void decrqm(const Sequence &s);
     void ansiRqm(const Sequence &s);
     void setMode(Mode mode, bool on);
+
     void store(Mode mode, bool on) { m_modes[static_cast<size_t>(mode)] = on; }
+
     void setAlternate(bool on);
     void setColumns132(bool on);
     void setMouseMode(Mode mode, bool on);
@@ -378,8 +408,8 @@ private:
     std::array<bool, static_cast<size_t>(Mode::Count)> m_modes{};
     std::array<bool, static_cast<size_t>(Mode::Count)> m_savedModes{};
     Charsets m_charsets;
-    uint8_t m_singleShift = 0;  ///< 2 or 3 for the next character
-    bool m_plainText = true;    ///< ASCII goes to the screen as it is: no character set, insert mode or shift
+    uint8_t m_singleShift = 0; ///< 2 or 3 for the next character
+    bool m_plainText = true;   ///< ASCII goes to the screen as it is: no character set, insert mode or shift
     unicode::Segmenter m_segmenter;
     bool m_afterPrepend = false;
     bool m_controlSeen = false; ///< a C1 control came as UTF-8: the parser's state may have changed
@@ -396,7 +426,7 @@ private:
     int m_level = 5;
     bool m_eightBitReplies = false;
     bool m_keypadApplication = false;
-    int m_cursorStyle = 0;      ///< DECSCUSR
+    int m_cursorStyle = 0;          ///< DECSCUSR
     bool m_rectangleExtent = false; ///< DECSACE 2
     int m_checksumFlags = 0;
     int m_titleModes = 0;
@@ -404,11 +434,14 @@ private:
     std::vector<Palette> m_paletteStack;
     bool m_statusDisplayActive = false;
     int m_statusDisplay = 0;
+
     struct SavedTitle {
         std::string title;
         std::string iconName;
     };
+
     std::vector<SavedTitle> m_titleStack;
+
     struct {
         int x = 0;
         int y = 0;
@@ -417,6 +450,7 @@ private:
         int restoreColumns = 0;
         int restoreRows = 0;
     } m_window;
+
     std::array<Handler, 64> m_directControls{};
     std::array<Handler, 128> m_directEscapes{};
     uint32_t m_currentLink = 0;

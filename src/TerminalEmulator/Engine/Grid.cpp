@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstring>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 void move(Cell *to, const Cell *from, int count)
 {
@@ -29,14 +31,6 @@ Cell Grid::cell(int y, int x) const
 {
     const Row &source = row(y);
     return x < source.length ? source.cells[x] : Cell{};
-}
-
-void Grid::extend(Row &row, int length)
-{
-    if (row.length < length) {
-        std::fill(row.cells + row.length, row.cells + length, Cell{});
-        row.length = static_cast<uint16_t>(length);
-    }
 }
 
 void Grid::split(Row &row, int x) const

@@ -2,18 +2,20 @@
 
 #include "TerminalEmulator/Engine/Cell.h"
 
+#include <algorithm>
 #include <vector>
 
-namespace vt {
+namespace vt
+{
 
 /// One row of a grid. Cells at and beyond `length` were never touched: they read as blank in the default style,
 /// and their memory holds rubbish.
 struct Row {
     enum Flag : uint8_t {
-        Wrapped = 1,     ///< the text goes on in the next row: autowrap ended this one
-        HasWide = 2,     ///< a wide character may be in it
-        Newline = 4,     ///< a line feed ended it
-        Dirty = 8,       ///< changed since damage was last taken
+        Wrapped = 1, ///< the text goes on in the next row: autowrap ended this one
+        HasWide = 2, ///< a wide character may be in it
+        Newline = 4, ///< a line feed ended it
+        Dirty = 8,   ///< changed since damage was last taken
     };
 
     Cell *cells = nullptr;
@@ -22,6 +24,7 @@ struct Row {
     LineSize size = LineSize::Normal;
 
     bool has(Flag flag) const { return (flags & flag) != 0; }
+
     void set(Flag flag, bool on = true) { flags = static_cast<uint8_t>(on ? flags | flag : flags & ~flag); }
 };
 
@@ -41,14 +44,24 @@ public:
     Grid(int columns, int rows);
 
     int columns() const { return m_columns; }
+
     int rows() const { return m_rowCount; }
 
     Row &row(int y) { return m_rows[physical(y)]; }
+
     const Row &row(int y) const { return m_rows[physical(y)]; }
+
     Cell cell(int y, int x) const;
 
     /// Fills with blanks up to `length`, so that cells below it can be written one by one.
-    static void extend(Row &row, int length);
+    static void extend(Row &row, int length)
+    {
+        if (row.length < length) {
+            std::fill(row.cells + row.length, row.cells + length, Cell{});
+            row.length = static_cast<uint16_t>(length);
+        }
+    }
+
     /// Blanks both halves of a wide character that straddles the boundary before column `x`.
     void split(Row &row, int x) const;
 
@@ -71,6 +84,7 @@ public:
     void copy(const Area &from, int top, int left);
 
     void touch(int y) { row(y).set(Row::Dirty); }
+
     void touchAll();
 
     /// A plain change of size: rows and columns are cut off at the bottom and the right or added blank.
@@ -82,7 +96,9 @@ private:
         const int at = m_head + y;
         return static_cast<size_t>(at >= m_rowCount ? at - m_rowCount : at);
     }
+
     bool isFullWidth(const Area &area) const { return area.left == 0 && area.right == m_columns - 1; }
+
     void moveCells(int fromRow, int toRow, int left, int right);
 
     int m_columns;

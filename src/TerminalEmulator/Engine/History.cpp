@@ -8,9 +8,11 @@
 #include <emmintrin.h>
 #endif
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 constexpr size_t ChunkRows = 256;
 constexpr size_t ChunkBytes = 512 * 1024;
@@ -19,11 +21,12 @@ constexpr size_t ChunkStyles = 0x7fff;
 // A row in a chunk: this header, the characters, the runs (style, cells: two bytes each), the clusters (count, then
 // four bytes a code point).
 struct Header {
-    uint8_t flags;    ///< Row::Flag without Dirty
-    uint8_t layout;   ///< bits 0-1 bytes a character: 0 one, 1 two, 2 four; bits 2-3 LineSize
+    uint8_t flags;  ///< Row::Flag without Dirty
+    uint8_t layout; ///< bits 0-1 bytes a character: 0 one, 1 two, 2 four; bits 2-3 LineSize
     uint16_t length;
     uint16_t runs;
 };
+
 constexpr size_t HeaderSize = 6;
 constexpr uint16_t TailUnit = 0xffff; ///< a noncharacter stands for the second column of a wide one
 
@@ -291,8 +294,8 @@ void History::append(const Cell *cells, size_t length, uint8_t flags, LineSize s
         put16(at, m_runs[2 * run + 1]);
     }
     const Header header{static_cast<uint8_t>(flags & ~Row::Dirty),
-                        static_cast<uint8_t>(layout | static_cast<unsigned>(size) << 2), static_cast<uint16_t>(length),
-                        static_cast<uint16_t>(runs)};
+                        static_cast<uint8_t>(layout | static_cast<unsigned>(size) << 2),
+                        static_cast<uint16_t>(length), static_cast<uint16_t>(runs)};
     std::memcpy(start, &header, HeaderSize);
     chunk.bytes.used = static_cast<size_t>(at - chunk.bytes.data.get());
     if ((codes & Cell::Cluster) != 0) {

@@ -9,7 +9,8 @@
 #include <memory>
 #include <vector>
 
-namespace vt {
+namespace vt
+{
 
 /// A row outside a grid, with storage of its own.
 struct RowCopy {
@@ -30,7 +31,9 @@ public:
     History(size_t limit, Styles &styles, Clusters &clusters);
 
     size_t size() const { return m_size; }
+
     size_t limit() const { return m_limit; }
+
     void setLimit(size_t limit);
 
     /// Appends a row; returns whether the oldest one (with a limit of 0: this one) had to go.
@@ -74,12 +77,14 @@ private:
 
         void ensure(size_t room);
     };
+
     struct Chunk {
         size_t firstIndex = 0; ///< of its first row, counted from the beginning of time
         std::vector<uint32_t> offsets;
         Buffer bytes;
         std::vector<Style> styles;
     };
+
     struct LocalStyle {
         uint32_t serial = 0;
         uint16_t number = 0;
@@ -97,13 +102,13 @@ private:
     Styles &m_styles;
     Clusters &m_clusters;
     size_t m_size = 0;
-    size_t m_dropped = 0;           ///< rows that went at the old end: absolute number of the oldest kept
+    size_t m_dropped = 0; ///< rows that went at the old end: absolute number of the oldest kept
     std::deque<Chunk> m_chunks;
-    bool m_isOpen = false;          ///< the last chunk may take more rows
+    bool m_isOpen = false;           ///< the last chunk may take more rows
     std::vector<LocalStyle> m_local; ///< by style number: its number in the open chunk
     uint32_t m_serial = 1;
-    std::vector<uint32_t> m_runs;   ///< scratch: style and length of each run
-    Buffer m_staging;               ///< a spare buffer, so that a new chunk starts without growing
+    std::vector<uint32_t> m_runs; ///< scratch: style and length of each run
+    Buffer m_staging;             ///< a spare buffer, so that a new chunk starts without growing
 };
 
 } // namespace vt

@@ -6,18 +6,19 @@
 #include <string_view>
 
 /// What keys, mouse and paste send to the application.
-namespace vt {
+namespace vt
+{
 
 /// The state of the terminal that decides how keys are sent.
 struct KeyboardState {
-    bool cursorKeys = false;        ///< DECCKM
-    bool keypad = false;            ///< DECKPAM
-    bool newLine = false;           ///< LNM: Enter sends a line feed as well
-    bool backarrowSendsBs = false;  ///< DECBKM
-    bool deleteSendsDel = false;    ///< mode 1037
-    bool altSendsEscape = true;     ///< modes 1036 and 1039
-    int modifyOtherKeys = 0;        ///< XTMODKEYS 4: 0 to 3
-    int progressive = 0;            ///< flags of the progressive keyboard protocol, 0 is the legacy encoding
+    bool cursorKeys = false;       ///< DECCKM
+    bool keypad = false;           ///< DECKPAM
+    bool newLine = false;          ///< LNM: Enter sends a line feed as well
+    bool backarrowSendsBs = false; ///< DECBKM
+    bool deleteSendsDel = false;   ///< mode 1037
+    bool altSendsEscape = true;    ///< modes 1036 and 1039
+    int modifyOtherKeys = 0;       ///< XTMODKEYS 4: 0 to 3
+    int progressive = 0;           ///< flags of the progressive keyboard protocol, 0 is the legacy encoding
     bool vt52 = false;
 };
 

@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <iterator>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 constexpr unsigned Chords = Shift | Alt | Control | Super | Hyper | Meta;
 
@@ -15,23 +17,29 @@ struct Function {
     Key key;
     int number;
     char final;
-    bool ss3;        ///< SS3 instead of CSI without modifiers
-    bool cursorKey;  ///< SS3 only in application cursor mode
+    bool ss3;       ///< SS3 instead of CSI without modifiers
+    bool cursorKey; ///< SS3 only in application cursor mode
 };
 
 constexpr Function Functions[] = {
-    {Key::Up, 1, 'A', true, true},       {Key::Down, 1, 'B', true, true},     {Key::Right, 1, 'C', true, true},
-    {Key::Left, 1, 'D', true, true},     {Key::Home, 1, 'H', true, true},     {Key::End, 1, 'F', true, true},
-    {Key::KeypadBegin, 1, 'E', true, true}, {Key::Insert, 2, '~', false, false}, {Key::Delete, 3, '~', false, false},
-    {Key::PageUp, 5, '~', false, false}, {Key::PageDown, 6, '~', false, false}, {Key::F1, 1, 'P', true, false},
-    {Key::F2, 1, 'Q', true, false},      {Key::F3, 1, 'R', true, false},      {Key::F4, 1, 'S', true, false},
-    {Key::F5, 15, '~', false, false},    {Key::F6, 17, '~', false, false},    {Key::F7, 18, '~', false, false},
-    {Key::F8, 19, '~', false, false},    {Key::F9, 20, '~', false, false},    {Key::F10, 21, '~', false, false},
-    {Key::F11, 23, '~', false, false},   {Key::F12, 24, '~', false, false},   {Key::F13, 25, '~', false, false},
-    {Key::F14, 26, '~', false, false},   {Key::F15, 28, '~', false, false},   {Key::F16, 29, '~', false, false},
-    {Key::F17, 31, '~', false, false},   {Key::F18, 32, '~', false, false},   {Key::F19, 33, '~', false, false},
-    {Key::F20, 34, '~', false, false},   {Key::F21, 42, '~', false, false},   {Key::F22, 43, '~', false, false},
-    {Key::F23, 44, '~', false, false},   {Key::F24, 45, '~', false, false},   {Key::Menu, 29, '~', false, false},
+    {Key::Up, 1, 'A', true, true},          {Key::Down, 1, 'B', true, true},
+    {Key::Right, 1, 'C', true, true},       {Key::Left, 1, 'D', true, true},
+    {Key::Home, 1, 'H', true, true},        {Key::End, 1, 'F', true, true},
+    {Key::KeypadBegin, 1, 'E', true, true}, {Key::Insert, 2, '~', false, false},
+    {Key::Delete, 3, '~', false, false},    {Key::PageUp, 5, '~', false, false},
+    {Key::PageDown, 6, '~', false, false},  {Key::F1, 1, 'P', true, false},
+    {Key::F2, 1, 'Q', true, false},         {Key::F3, 1, 'R', true, false},
+    {Key::F4, 1, 'S', true, false},         {Key::F5, 15, '~', false, false},
+    {Key::F6, 17, '~', false, false},       {Key::F7, 18, '~', false, false},
+    {Key::F8, 19, '~', false, false},       {Key::F9, 20, '~', false, false},
+    {Key::F10, 21, '~', false, false},      {Key::F11, 23, '~', false, false},
+    {Key::F12, 24, '~', false, false},      {Key::F13, 25, '~', false, false},
+    {Key::F14, 26, '~', false, false},      {Key::F15, 28, '~', false, false},
+    {Key::F16, 29, '~', false, false},      {Key::F17, 31, '~', false, false},
+    {Key::F18, 32, '~', false, false},      {Key::F19, 33, '~', false, false},
+    {Key::F20, 34, '~', false, false},      {Key::F21, 42, '~', false, false},
+    {Key::F22, 43, '~', false, false},      {Key::F23, 44, '~', false, false},
+    {Key::F24, 45, '~', false, false},      {Key::Menu, 29, '~', false, false},
 };
 
 /// The keypad: what it sends in application mode, what it types, and which key it is without the number lock.
@@ -131,8 +139,7 @@ std::string character(const KeyEvent &event, unsigned modifiers, const KeyboardS
     const int code = control ? controlCode(event.character) : -1;
     // Level 1 leaves alone what the terminal has always been able to send; level 2 only plain typing.
     const bool ambiguous = control && (code < 0 || (modifiers & Shift) != 0);
-    if (!plain && event.character != 0 &&
-        (state.modifyOtherKeys >= 2 || (state.modifyOtherKeys == 1 && ambiguous))) {
+    if (!plain && event.character != 0 && (state.modifyOtherKeys >= 2 || (state.modifyOtherKeys == 1 && ambiguous))) {
         return otherKey(modifiers, static_cast<int>(event.character));
     }
     if (code >= 0) {
@@ -184,18 +191,53 @@ struct Private {
 };
 
 constexpr Private Privates[] = {
-    {Key::Escape, 27},         {Key::Enter, 13},          {Key::Tab, 9},           {Key::Backspace, 127},
-    {Key::CapsLock, 57358},    {Key::ScrollLock, 57359},  {Key::NumLock, 57360},   {Key::PrintScreen, 57361},
-    {Key::Pause, 57362},       {Key::Menu, 57363},        {Key::F13, 57376},       {Key::F14, 57377},
-    {Key::F15, 57378},         {Key::F16, 57379},         {Key::F17, 57380},       {Key::F18, 57381},
-    {Key::F19, 57382},         {Key::F20, 57383},         {Key::F21, 57384},       {Key::F22, 57385},
-    {Key::F23, 57386},         {Key::F24, 57387},         {Key::Keypad0, 57399},   {Key::Keypad1, 57400},
-    {Key::Keypad2, 57401},     {Key::Keypad3, 57402},     {Key::Keypad4, 57403},   {Key::Keypad5, 57404},
-    {Key::Keypad6, 57405},     {Key::Keypad7, 57406},     {Key::Keypad8, 57407},   {Key::Keypad9, 57408},
-    {Key::KeypadDecimal, 57409}, {Key::KeypadDivide, 57410}, {Key::KeypadMultiply, 57411},
-    {Key::KeypadSubtract, 57412}, {Key::KeypadAdd, 57413}, {Key::KeypadEnter, 57414}, {Key::KeypadEqual, 57415},
-    {Key::LeftShift, 57441},   {Key::LeftControl, 57442}, {Key::LeftAlt, 57443},   {Key::LeftSuper, 57444},
-    {Key::RightShift, 57447},  {Key::RightControl, 57448}, {Key::RightAlt, 57449}, {Key::RightSuper, 57450},
+    {Key::Escape, 27},
+    {Key::Enter, 13},
+    {Key::Tab, 9},
+    {Key::Backspace, 127},
+    {Key::CapsLock, 57358},
+    {Key::ScrollLock, 57359},
+    {Key::NumLock, 57360},
+    {Key::PrintScreen, 57361},
+    {Key::Pause, 57362},
+    {Key::Menu, 57363},
+    {Key::F13, 57376},
+    {Key::F14, 57377},
+    {Key::F15, 57378},
+    {Key::F16, 57379},
+    {Key::F17, 57380},
+    {Key::F18, 57381},
+    {Key::F19, 57382},
+    {Key::F20, 57383},
+    {Key::F21, 57384},
+    {Key::F22, 57385},
+    {Key::F23, 57386},
+    {Key::F24, 57387},
+    {Key::Keypad0, 57399},
+    {Key::Keypad1, 57400},
+    {Key::Keypad2, 57401},
+    {Key::Keypad3, 57402},
+    {Key::Keypad4, 57403},
+    {Key::Keypad5, 57404},
+    {Key::Keypad6, 57405},
+    {Key::Keypad7, 57406},
+    {Key::Keypad8, 57407},
+    {Key::Keypad9, 57408},
+    {Key::KeypadDecimal, 57409},
+    {Key::KeypadDivide, 57410},
+    {Key::KeypadMultiply, 57411},
+    {Key::KeypadSubtract, 57412},
+    {Key::KeypadAdd, 57413},
+    {Key::KeypadEnter, 57414},
+    {Key::KeypadEqual, 57415},
+    {Key::LeftShift, 57441},
+    {Key::LeftControl, 57442},
+    {Key::LeftAlt, 57443},
+    {Key::LeftSuper, 57444},
+    {Key::RightShift, 57447},
+    {Key::RightControl, 57448},
+    {Key::RightAlt, 57449},
+    {Key::RightSuper, 57450},
 };
 
 bool isModifierKey(Key key)
@@ -226,6 +268,7 @@ std::string codePoints(std::string_view utf8)
 std::string encodeProgressiveKey(const KeyEvent &event, const KeyboardState &state)
 {
     enum : int { EventTypes = 2, Alternates = 4, AllKeys = 8, Text = 16 };
+
     const int flags = state.progressive;
     const bool all = (flags & AllKeys) != 0;
     const bool isText = event.key == Key::None;

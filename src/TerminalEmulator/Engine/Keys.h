@@ -3,7 +3,8 @@
 #include <cstdint>
 #include <string>
 
-namespace vt {
+namespace vt
+{
 
 /// Keys without a character of their own. Keys with one are told by their character.
 enum class Key : uint8_t {
@@ -97,14 +98,25 @@ struct KeyEvent {
     enum class Action : uint8_t { Press = 1, Repeat = 2, Release = 3 };
 
     Key key = Key::None;
-    char32_t character = 0;  ///< Key::None: what the key stands for without Control and Alt, Shift applied ('A', ';')
-    char32_t base = 0;       ///< Key::None: the same without Shift ('a'); 0: derived from `character`
-    std::string text;        ///< UTF-8 the key would type, empty if none
-    uint8_t modifiers = 0;   ///< Modifier
+    char32_t character = 0; ///< Key::None: what the key stands for without Control and Alt, Shift applied ('A', ';')
+    char32_t base = 0;      ///< Key::None: the same without Shift ('a'); 0: derived from `character`
+    std::string text;       ///< UTF-8 the key would type, empty if none
+    uint8_t modifiers = 0;  ///< Modifier
     Action action = Action::Press;
 };
 
-enum class MouseButton : uint8_t { Left, Middle, Right, None, WheelUp, WheelDown, WheelLeft, WheelRight, Back, Forward };
+enum class MouseButton : uint8_t {
+    Left,
+    Middle,
+    Right,
+    None,
+    WheelUp,
+    WheelDown,
+    WheelLeft,
+    WheelRight,
+    Back,
+    Forward
+};
 
 /// What the mouse did, in cells and, for mode 1016, in pixels, both counted from 0 at the top left of the screen.
 struct MouseEvent {

@@ -2,7 +2,8 @@
 
 #include <utility>
 
-namespace vt {
+namespace vt
+{
 
 uint32_t Links::intern(std::string_view id, std::string_view uri)
 {

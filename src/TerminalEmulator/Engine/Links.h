@@ -6,7 +6,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
-namespace vt {
+namespace vt
+{
 
 /// A hyperlink (OSC 8).
 struct Link {
@@ -27,6 +28,7 @@ public:
     const Link *find(uint32_t number) const;
 
     bool wantsSweep() const { return m_links.size() >= m_sweepAt || m_bytes >= m_sweepAtBytes; }
+
     /// Forgets the links that are not in `used`. Numbers do not change.
     void sweep(const std::unordered_set<uint32_t> &used);
 

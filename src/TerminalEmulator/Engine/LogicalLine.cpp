@@ -4,7 +4,8 @@
 
 #include <algorithm>
 
-namespace vt {
+namespace vt
+{
 
 size_t LogicalLine::indexOf(Position place) const
 {
@@ -23,7 +24,8 @@ LogicalLine logicalLine(const Emulation &emulation, int64_t line)
     LogicalLine result;
     Line row;
     result.first = line;
-    while (line - result.first < LogicalLine::MaxRows / 2 && emulation.readLine(result.first - 1, row) && row.wrapped) {
+    while (line - result.first < LogicalLine::MaxRows / 2 && emulation.readLine(result.first - 1, row) &&
+           row.wrapped) {
         --result.first;
     }
     result.last = result.first - 1;

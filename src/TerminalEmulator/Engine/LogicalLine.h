@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-namespace vt {
+namespace vt
+{
 
 class Emulation;
 

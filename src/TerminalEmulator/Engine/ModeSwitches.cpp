@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 bool isMouse(Mode mode)
 {
@@ -220,8 +222,8 @@ void Emulation::decrqm(const Sequence &s)
     int state = 0;
     if (info && m_level >= info->level) {
         const bool screen = info->mode == Mode::AltScreen1047 || info->mode == Mode::AltScreen1049;
-        state = info->kind == ModeInfo::AlwaysSet     ? 3
-                : info->kind == ModeInfo::AlwaysReset ? 4
+        state = info->kind == ModeInfo::AlwaysSet             ? 3
+                : info->kind == ModeInfo::AlwaysReset         ? 4
                 : (screen ? isAlternate() : mode(info->mode)) ? 1
                                                               : 2;
     }

@@ -3,14 +3,16 @@
 #include <algorithm>
 #include <iterator>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 using enum ModeInfo::Kind;
 
 constexpr ModeInfo Modes[] = {
-    {1, false, Mode::Count, AlwaysReset, 3, false},  // GATM
+    {1, false, Mode::Count, AlwaysReset, 3, false}, // GATM
     {2, false, Mode::KeyboardLocked, Settable, 1, false},
     {4, false, Mode::Insert, Settable, 1, false},
     {5, false, Mode::Count, AlwaysReset, 3, false},  // SRTM
@@ -122,9 +124,8 @@ const ModeInfo *modeInfo(int number, bool isPrivate)
 
 bool initialState(Mode mode)
 {
-    const auto *found = std::find_if(std::begin(Modes), std::end(Modes), [&](const ModeInfo &info) {
-        return info.mode == mode;
-    });
+    const auto *found =
+        std::find_if(std::begin(Modes), std::end(Modes), [&](const ModeInfo &info) { return info.mode == mode; });
     return found != std::end(Modes) && found->initial;
 }
 

@@ -2,7 +2,8 @@
 
 #include <cstdint>
 
-namespace vt {
+namespace vt
+{
 
 /// Switches of the terminal: ANSI modes (SM, RM) and private ones (DECSET, DECRST).
 enum class Mode : uint8_t {
@@ -36,49 +37,49 @@ enum class Mode : uint8_t {
     ReverseWrap,       ///< 45
     AltScreen47,       ///< 47
     GreekKeyboard,     ///< DECNAKB 57
-    VerticalCoupling,   ///< DECVCCM 61
-    PageCoupling,       ///< DECPCCM 64
-    KeypadApplication,  ///< DECNKM 66
-    BackarrowSendsBs,   ///< DECBKM 67
-    KeyboardUsage,      ///< DECKBUM 68
-    LeftRightMargins,   ///< DECLRMM 69
-    TransmitRateLimit,  ///< DECXRLM 73
-    KeyPosition,        ///< DECKPM 81
-    NoClearOnColumns,   ///< DECNCSM 95
-    RightToLeftCopy,    ///< DECRLCM 96
-    CrtSave,            ///< DECCRTSM 97
-    AutoResize,         ///< DECARSM 98
-    ModemControl,       ///< DECMCM 99
-    AutoAnswerback,     ///< DECAAM 100
-    ConcealAnswerback,  ///< DECCANSM 101
-    IgnoreNull,         ///< DECNULM 102
-    HalfDuplex,         ///< DECHDPXM 103
-    SecondaryKeyboard,  ///< DECESKM 104
-    OverScan,           ///< DECOSCNM 106
+    VerticalCoupling,  ///< DECVCCM 61
+    PageCoupling,      ///< DECPCCM 64
+    KeypadApplication, ///< DECNKM 66
+    BackarrowSendsBs,  ///< DECBKM 67
+    KeyboardUsage,     ///< DECKBUM 68
+    LeftRightMargins,  ///< DECLRMM 69
+    TransmitRateLimit, ///< DECXRLM 73
+    KeyPosition,       ///< DECKPM 81
+    NoClearOnColumns,  ///< DECNCSM 95
+    RightToLeftCopy,   ///< DECRLCM 96
+    CrtSave,           ///< DECCRTSM 97
+    AutoResize,        ///< DECARSM 98
+    ModemControl,      ///< DECMCM 99
+    AutoAnswerback,    ///< DECAAM 100
+    ConcealAnswerback, ///< DECCANSM 101
+    IgnoreNull,        ///< DECNULM 102
+    HalfDuplex,        ///< DECHDPXM 103
+    SecondaryKeyboard, ///< DECESKM 104
+    OverScan,          ///< DECOSCNM 106
     Mouse1000,
     Mouse1001,
     Mouse1002,
     Mouse1003,
-    FocusEvents,        ///< 1004
-    MouseUtf8,          ///< 1005
-    MouseSgr,           ///< 1006
-    AlternateScroll,    ///< 1007
-    ScrollOnOutput,     ///< 1010
-    ScrollOnKey,        ///< 1011
-    MouseUrxvt,         ///< 1015
-    MousePixels,        ///< 1016
-    EightBitMeta,       ///< 1034
-    NumLockModifiers,   ///< 1035
-    MetaSendsEscape,    ///< 1036
-    DeleteSendsDel,     ///< 1037
-    AltSendsEscape,     ///< 1039
-    KeepSelection,      ///< 1040
-    SelectToClipboard,  ///< 1041
-    BellIsUrgent,       ///< 1042
-    PopOnBell,          ///< 1043
-    KeepClipboard,      ///< 1044
+    FocusEvents,         ///< 1004
+    MouseUtf8,           ///< 1005
+    MouseSgr,            ///< 1006
+    AlternateScroll,     ///< 1007
+    ScrollOnOutput,      ///< 1010
+    ScrollOnKey,         ///< 1011
+    MouseUrxvt,          ///< 1015
+    MousePixels,         ///< 1016
+    EightBitMeta,        ///< 1034
+    NumLockModifiers,    ///< 1035
+    MetaSendsEscape,     ///< 1036
+    DeleteSendsDel,      ///< 1037
+    AltSendsEscape,      ///< 1039
+    KeepSelection,       ///< 1040
+    SelectToClipboard,   ///< 1041
+    BellIsUrgent,        ///< 1042
+    PopOnBell,           ///< 1043
+    KeepClipboard,       ///< 1044
     ReverseWrapExtended, ///< 1045
-    AltScreenAllowed,   ///< 1046
+    AltScreenAllowed,    ///< 1046
     AltScreen1047,
     SaveCursor1048,
     AltScreen1049,
@@ -101,9 +102,9 @@ struct ModeInfo {
 
     uint16_t number;
     bool isPrivate;
-    Mode mode;       ///< meaningful for Settable only
+    Mode mode; ///< meaningful for Settable only
     Kind kind;
-    uint8_t level;   ///< VT level from which it is known
+    uint8_t level; ///< VT level from which it is known
     bool initial;
 };
 

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-namespace vt {
+namespace vt
+{
 
 void Emulation::moveTo(int x, int y)
 {

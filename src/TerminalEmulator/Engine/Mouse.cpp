@@ -1,9 +1,11 @@
 #include "TerminalEmulator/Engine/Cell.h"
 #include "TerminalEmulator/Engine/Input.h"
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 int buttonCode(MouseButton button)
 {

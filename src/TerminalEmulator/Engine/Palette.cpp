@@ -1,8 +1,10 @@
 #include "TerminalEmulator/Engine/Palette.h"
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 constexpr DeepColor deep(int red, int green, int blue)
 {
@@ -11,8 +13,9 @@ constexpr DeepColor deep(int red, int green, int blue)
 }
 
 constexpr DeepColor Basic[16] = {
-    deep(0, 0, 0),       deep(205, 0, 0),   deep(0, 205, 0),   deep(205, 205, 0), deep(0, 0, 238),   deep(205, 0, 205),
-    deep(0, 205, 205),   deep(229, 229, 229), deep(127, 127, 127), deep(255, 0, 0), deep(0, 255, 0), deep(255, 255, 0),
+    deep(0, 0, 0),       deep(205, 0, 0),   deep(0, 205, 0),   deep(205, 205, 0),
+    deep(0, 0, 238),     deep(205, 0, 205), deep(0, 205, 205), deep(229, 229, 229),
+    deep(127, 127, 127), deep(255, 0, 0),   deep(0, 255, 0),   deep(255, 255, 0),
     deep(92, 92, 255),   deep(255, 0, 255), deep(0, 255, 255), deep(255, 255, 255),
 };
 
@@ -24,7 +27,8 @@ Palette::Palette()
         m_defaults[static_cast<size_t>(index)] = standard(index);
     }
     m_dynamicDefaults.fill(deep(0, 0, 0));
-    for (const Dynamic light : {Foreground, CursorColor, PointerForeground, TekForeground, TekCursor, HighlightBackground}) {
+    for (const Dynamic light :
+         {Foreground, CursorColor, PointerForeground, TekForeground, TekCursor, HighlightBackground}) {
         m_dynamicDefaults[light] = deep(229, 229, 229);
     }
     reset();

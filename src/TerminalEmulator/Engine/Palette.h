@@ -6,7 +6,8 @@
 #include <optional>
 #include <string_view>
 
-namespace vt {
+namespace vt
+{
 
 /// A colour as X11 tells it: 16 bits for each of red, green and blue.
 struct DeepColor {
@@ -14,7 +15,11 @@ struct DeepColor {
     uint16_t green = 0;
     uint16_t blue = 0;
     bool operator==(const DeepColor &) const = default;
-    Rgb rgb() const { return {static_cast<uint8_t>(red >> 8), static_cast<uint8_t>(green >> 8), static_cast<uint8_t>(blue >> 8)}; }
+
+    Rgb rgb() const
+    {
+        return {static_cast<uint8_t>(red >> 8), static_cast<uint8_t>(green >> 8), static_cast<uint8_t>(blue >> 8)};
+    }
 };
 
 /// Reads a colour in one of X11's forms (XParseColor(3)): "#rgb" to "#rrrrggggbbbb", "rgb:r/g/b", "rgbi:", the CIE
@@ -26,24 +31,43 @@ class Palette
 {
 public:
     static constexpr int Specials = 5; ///< bold, underline, blink, reverse, italic
-    enum Dynamic { Foreground, Background, CursorColor, PointerForeground, PointerBackground, TekForeground,
-                   TekBackground, HighlightBackground, TekCursor, HighlightForeground, DynamicCount };
+
+    enum Dynamic {
+        Foreground,
+        Background,
+        CursorColor,
+        PointerForeground,
+        PointerBackground,
+        TekForeground,
+        TekBackground,
+        HighlightBackground,
+        TekCursor,
+        HighlightForeground,
+        DynamicCount
+    };
 
     Palette();
 
     DeepColor indexed(int index) const { return m_indexed[static_cast<size_t>(index)]; }
+
     void setIndexed(int index, DeepColor color) { m_indexed[static_cast<size_t>(index)] = color; }
+
     void resetIndexed(int index);
     /// Changes a colour and what it is reset to.
     void setDefaultIndexed(int index, Rgb color);
 
     DeepColor special(int index) const;
+
     void setSpecial(int index, DeepColor color) { m_specials[static_cast<size_t>(index)] = color; }
+
     void resetSpecial(int index) { m_specials[static_cast<size_t>(index)].reset(); }
 
     DeepColor dynamic(Dynamic which) const { return m_dynamic[which]; }
+
     void setDynamic(Dynamic which, DeepColor color) { m_dynamic[which] = color; }
+
     void resetDynamic(Dynamic which) { m_dynamic[which] = m_dynamicDefaults[which]; }
+
     void setDefaultDynamic(Dynamic which, Rgb color);
 
     void reset();

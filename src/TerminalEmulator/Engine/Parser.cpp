@@ -4,7 +4,8 @@
 
 #include <algorithm>
 
-namespace vt {
+namespace vt
+{
 
 /// What a seven-bit byte does in each state. Controls that act in any state (CAN, SUB, ESC) and the strings' own
 /// bytes are not in it.
@@ -13,6 +14,7 @@ struct Parser::Table {
         Action action = None;
         State next = Ground;
     };
+
     Entry entries[StateCount][128];
 
     constexpr void set(State state, int first, int last, Action action, State next)
@@ -22,7 +24,8 @@ struct Parser::Table {
         }
     }
 
-    constexpr void setSequence(State entry, State params, State intermediate, State ignore, Action dispatch, State after)
+    constexpr void setSequence(State entry, State params, State intermediate, State ignore, Action dispatch,
+                               State after)
     {
         set(entry, 0x20, 0x2f, Collect, intermediate);
         set(entry, 0x30, 0x3b, Param, params);
@@ -255,7 +258,7 @@ const uint8_t *Parser::parameters(const uint8_t *at, const uint8_t *end)
         }
         int32_t value = s.values[s.count - 1];
         for (unsigned digit; at < end && (digit = *at - unsigned{'0'}) < 10; ++at) {
-            value = value < 0 ? static_cast<int32_t>(digit)
+            value = value < 0             ? static_cast<int32_t>(digit)
                     : value < 100'000'000 ? value * 10 + static_cast<int32_t>(digit)
                                           : value;
         }

@@ -8,9 +8,11 @@
 #include <emmintrin.h>
 #endif
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 /// How many bytes from `at` are printable ASCII.
 size_t asciiRun(const uint8_t *at, const uint8_t *end)

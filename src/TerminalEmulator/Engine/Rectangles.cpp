@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace vt {
+namespace vt
+{
 
 /// The rectangle in parameters `first` to `first` + 3 (top, left, bottom, right), clipped to the page or, in origin
 /// mode, counted from and clipped to the margins. Nothing if it is empty.
@@ -15,9 +16,9 @@ std::optional<Area> Emulation::area(const Sequence &s, int first) const
         const int given = s.value(first + index);
         return given <= 0 ? fallback : std::clamp(given - 1 + low, low, high);
     };
-    const Area result{place(0, limits.top, limits.bottom, limits.top), place(1, limits.left, limits.right, limits.left),
-                      place(2, limits.top, limits.bottom, limits.bottom),
-                      place(3, limits.left, limits.right, limits.right)};
+    const Area result{
+        place(0, limits.top, limits.bottom, limits.top), place(1, limits.left, limits.right, limits.left),
+        place(2, limits.top, limits.bottom, limits.bottom), place(3, limits.left, limits.right, limits.right)};
     if (result.top > result.bottom || result.left > result.right) {
         return std::nullopt;
     }
@@ -33,7 +34,8 @@ void Emulation::decfra(const Sequence &s)
     }
     const Charset set = m_charsets.designated[code < 0x80 ? m_charsets.left : m_charsets.right];
     const bool plain = set == Charset::Ascii || (isNational(set) && !mode(Mode::NationalSets));
-    const char32_t character = plain ? static_cast<char32_t>(code) : translate(set, static_cast<char32_t>(code & 0x7f));
+    const char32_t character =
+        plain ? static_cast<char32_t>(code) : translate(set, static_cast<char32_t>(code & 0x7f));
     const Cell fill{character, pen()};
     for (int y = where->top; y <= where->bottom; ++y) {
         m_grid->erase(y, where->left, where->right, fill);
@@ -192,6 +194,7 @@ void Emulation::xtchecksum(const Sequence &s)
 uint32_t Emulation::checksum(const Area &where) const
 {
     enum : unsigned { Positive = 1, NoAttributes = 2, NoTrim = 4, DrawnOnly = 8, Whole = 16, EightBits = 32 };
+
     const auto flags = static_cast<unsigned>(m_checksumFlags);
     uint32_t total = 0;
     uint32_t trimmed = 0;

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <numeric>
 
-namespace vt {
+namespace vt
+{
 
 Reflow::Reflow(int oldColumns, int newColumns, std::vector<Point> points)
     : m_oldColumns(oldColumns)
@@ -13,7 +14,8 @@ Reflow::Reflow(int oldColumns, int newColumns, std::vector<Point> points)
     , m_order(m_points.size())
 {
     std::iota(m_order.begin(), m_order.end(), size_t{0});
-    std::sort(m_order.begin(), m_order.end(), [this](size_t a, size_t b) { return m_source[a].row < m_source[b].row; });
+    std::sort(m_order.begin(), m_order.end(),
+              [this](size_t a, size_t b) { return m_source[a].row < m_source[b].row; });
 }
 
 void Reflow::add(const RowCopy &row, std::vector<RowCopy> &out)

@@ -5,7 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-namespace vt {
+namespace vt
+{
 
 /// Lays rows of one width out in another: rows that autowrap joined are one line of text, cut anew. Rows go in one by
 /// one, oldest first, and come out in order; going to another width and back gives the same rows.
@@ -42,10 +43,10 @@ private:
     size_t m_lineRows = 0;
     uint8_t m_lastFlags = 0;
     LineSize m_size = LineSize::Normal;
-    size_t m_rowStart = 0;    ///< where the last row begins in the line
+    size_t m_rowStart = 0; ///< where the last row begins in the line
     int64_t m_rowsIn = 0;
     int64_t m_rowsOut = 0;
-    size_t m_next = 0;        ///< first point, in order of rows, not yet met
+    size_t m_next = 0; ///< first point, in order of rows, not yet met
     std::vector<size_t> m_order;
 };
 

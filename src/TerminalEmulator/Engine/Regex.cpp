@@ -4,9 +4,11 @@
 
 #include <algorithm>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 bool isWord(char32_t character)
 {
@@ -46,13 +48,16 @@ private:
     using Op = Regex::Op;
 
     bool atEnd() const { return m_at >= m_pattern.size(); }
+
     bool accept(char32_t character)
     {
         const bool there = !atEnd() && m_pattern[m_at] == character;
         m_at += there ? 1 : 0;
         return there;
     }
+
     uint32_t here() const { return static_cast<uint32_t>(m_out.m_program.size()); }
+
     uint32_t emit(Regex::Instruction instruction)
     {
         if (m_out.m_program.size() >= Regex::MaxProgram) {
@@ -343,6 +348,7 @@ struct Regex::Threads {
         : seen(size, 0)
     {
     }
+
     void clear()
     {
         list.clear();
@@ -429,8 +435,9 @@ void Regex::follow(Threads &threads, uint32_t at, size_t start, std::u32string_v
         case Op::WordEdge:
         case Op::NotWordEdge: {
             const bool holds = instruction.op == Op::LineBegin ? position == 0
-                               : instruction.op == Op::LineEnd ? position == text.size()
-                                                               : edgeAt(text, position) == (instruction.op == Op::WordEdge);
+                               : instruction.op == Op::LineEnd
+                                   ? position == text.size()
+                                   : edgeAt(text, position) == (instruction.op == Op::WordEdge);
             if (holds) {
                 threads.stack.push_back(each + 1);
             }

@@ -6,7 +6,8 @@
 #include <utility>
 #include <vector>
 
-namespace vt {
+namespace vt
+{
 
 /// Regular expressions over code points, matched in time proportional to text times pattern, whatever they are:
 /// all ways through the pattern are followed side by side. There are no groups to read out and no back references.
@@ -28,16 +29,19 @@ public:
 private:
     friend class RegexCompiler;
     enum class Op : uint8_t { Char, Any, Set, Split, Jump, LineBegin, LineEnd, WordEdge, NotWordEdge, Match };
+
     struct Instruction {
         Op op;
         uint32_t x = 0; ///< code point, set number or target
         uint32_t y = 0; ///< second target of Split, which prefers x
     };
+
     struct Set {
         std::vector<std::pair<char32_t, char32_t>> ranges;
         std::vector<char32_t> classes; ///< d w s D W S
         bool negated = false;
     };
+
     struct Thread {
         uint32_t at;
         size_t start;

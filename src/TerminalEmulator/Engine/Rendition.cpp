@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
-namespace vt {
+namespace vt
+{
 
 /// SGR codes without arguments.
 void Emulation::applySgr(Style &style, int code)
@@ -169,9 +170,9 @@ std::string Emulation::sgrText(const Style &style) const
 {
     std::string out = "0";
     constexpr std::pair<Style::Flag, const char *> Flags[] = {
-        {Style::Bold, ";1"},     {Style::Faint, ";2"},      {Style::Italic, ";3"},     {Style::Blink, ";5"},
-        {Style::RapidBlink, ";6"}, {Style::Inverse, ";7"},  {Style::Invisible, ";8"},  {Style::Strike, ";9"},
-        {Style::Overline, ";53"},
+        {Style::Bold, ";1"},      {Style::Faint, ";2"},      {Style::Italic, ";3"},
+        {Style::Blink, ";5"},     {Style::RapidBlink, ";6"}, {Style::Inverse, ";7"},
+        {Style::Invisible, ";8"}, {Style::Strike, ";9"},     {Style::Overline, ";53"},
     };
     for (const auto &[flag, text] : Flags) {
         if (flag == Style::Blink && style.underline != Underline::None) {

@@ -4,9 +4,11 @@
 #include <array>
 #include <charconv>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 /// What the host has not taken by then is lost: it does not read, and memory is finite.
 constexpr size_t MaxReplies = 1 << 20;
@@ -27,7 +29,8 @@ std::optional<std::string> unhex(std::string_view text)
     std::string out;
     for (size_t at = 0; at < text.size(); at += 2) {
         unsigned value = 0;
-        const auto [end, error] = std::from_chars(text.data() + at, text.data() + std::min(at + 2, text.size()), value, 16);
+        const auto [end, error] =
+            std::from_chars(text.data() + at, text.data() + std::min(at + 2, text.size()), value, 16);
         if (error != std::errc() || end != text.data() + at + 2) {
             return std::nullopt;
         }
@@ -192,8 +195,8 @@ std::string Emulation::cursorInformation() const
     out += bits((m_pen.has(Style::Bold) ? 1u : 0u) | (m_pen.underline != Underline::None ? 2u : 0u) |
                 (m_pen.has(Style::Blink) ? 4u : 0u) | (m_pen.has(Style::Inverse) ? 8u : 0u));
     out += ';' + bits(m_pen.has(Style::Protected) ? 1u : 0u);
-    out += ';' + bits((mode(Mode::Origin) ? 1u : 0u) | (m_singleShift == 2 ? 2u : 0u) | (m_singleShift == 3 ? 4u : 0u) |
-                      (m_pendingWrap ? 8u : 0u));
+    out += ';' + bits((mode(Mode::Origin) ? 1u : 0u) | (m_singleShift == 2 ? 2u : 0u) |
+                      (m_singleShift == 3 ? 4u : 0u) | (m_pendingWrap ? 8u : 0u));
     out += ';' + std::to_string(m_charsets.left) + ';' + std::to_string(m_charsets.right) + ';';
     unsigned sizes = 0;
     std::string names;
@@ -249,7 +252,9 @@ void Emulation::restorePresentation(int kind, std::string_view data)
     const int row = number(take(';'));
     const int column = number(take(';'));
     take(';');
-    const auto flags = [](std::string_view text) { return text.empty() ? 0u : static_cast<unsigned>(text[0]) & 0x1fu; };
+    const auto flags = [](std::string_view text) {
+        return text.empty() ? 0u : static_cast<unsigned>(text[0]) & 0x1fu;
+    };
     const unsigned rendition = flags(take(';'));
     const unsigned attributes = flags(take(';'));
     const unsigned state = flags(take(';'));
@@ -259,7 +264,8 @@ void Emulation::restorePresentation(int kind, std::string_view data)
             applySgr(m_pen, code);
         }
     }
-    m_pen.flags = static_cast<uint16_t>((m_pen.flags & ~Style::Protected) | ((attributes & 1) ? Style::Protected : 0));
+    m_pen.flags =
+        static_cast<uint16_t>((m_pen.flags & ~Style::Protected) | ((attributes & 1) ? Style::Protected : 0));
     penChanged();
     m_charsets.left = static_cast<uint8_t>(std::clamp(number(take(';')), 0, 3));
     m_charsets.right = static_cast<uint8_t>(std::clamp(number(take(';')), 0, 3));
@@ -352,9 +358,7 @@ void Emulation::locator(const Sequence &s)
     }
 }
 
-void Emulation::ignored(const Sequence & /*s*/)
-{
-}
+void Emulation::ignored(const Sequence & /*s*/) {}
 
 /// DECRQSS: the setting a control function would make, as that function's own parameters.
 void Emulation::decrqss(std::string_view what)
@@ -406,14 +410,15 @@ void Emulation::xtgettcap(std::string_view names)
         std::string_view name;
         std::string_view value;
     };
+
     static constexpr Capability Capabilities[] = {
-        {"Co", "256"},         {"colors", "256"},     {"TN", "xterm-256color"}, {"name", "xterm-256color"},
-        {"RGB", "8/8/8"},      {"kbs", "\x7f"},       {"kcuu1", "\x1bOA"},      {"kcud1", "\x1bOB"},
-        {"kcuf1", "\x1bOC"},   {"kcub1", "\x1bOD"},   {"khome", "\x1bOH"},      {"kend", "\x1bOF"},
-        {"kich1", "\x1b[2~"},  {"kdch1", "\x1b[3~"},  {"kpp", "\x1b[5~"},       {"knp", "\x1b[6~"},
-        {"kcbt", "\x1b[Z"},    {"kf1", "\x1bOP"},     {"kf2", "\x1bOQ"},        {"kf3", "\x1bOR"},
-        {"kf4", "\x1bOS"},     {"kf5", "\x1b[15~"},   {"kf6", "\x1b[17~"},      {"kf7", "\x1b[18~"},
-        {"kf8", "\x1b[19~"},   {"kf9", "\x1b[20~"},   {"kf10", "\x1b[21~"},     {"kf11", "\x1b[23~"},
+        {"Co", "256"},        {"colors", "256"},    {"TN", "xterm-256color"}, {"name", "xterm-256color"},
+        {"RGB", "8/8/8"},     {"kbs", "\x7f"},      {"kcuu1", "\x1bOA"},      {"kcud1", "\x1bOB"},
+        {"kcuf1", "\x1bOC"},  {"kcub1", "\x1bOD"},  {"khome", "\x1bOH"},      {"kend", "\x1bOF"},
+        {"kich1", "\x1b[2~"}, {"kdch1", "\x1b[3~"}, {"kpp", "\x1b[5~"},       {"knp", "\x1b[6~"},
+        {"kcbt", "\x1b[Z"},   {"kf1", "\x1bOP"},    {"kf2", "\x1bOQ"},        {"kf3", "\x1bOR"},
+        {"kf4", "\x1bOS"},    {"kf5", "\x1b[15~"},  {"kf6", "\x1b[17~"},      {"kf7", "\x1b[18~"},
+        {"kf8", "\x1b[19~"},  {"kf9", "\x1b[20~"},  {"kf10", "\x1b[21~"},     {"kf11", "\x1b[23~"},
         {"kf12", "\x1b[24~"},
     };
     while (true) {

@@ -1,13 +1,15 @@
 #include "TerminalEmulator/Engine/Emulation.h"
 
-namespace vt {
+namespace vt
+{
 
 /// DECSTR: what an application may have left behind, but not the screen.
 void Emulation::softReset()
 {
-    for (const Mode each : {Mode::Insert, Mode::Origin, Mode::Autowrap, Mode::ReverseWrap, Mode::ReverseWrapExtended,
-                            Mode::CursorVisible, Mode::KeyboardLocked, Mode::CursorKeys, Mode::NationalSets,
-                            Mode::LeftRightMargins, Mode::KeypadApplication, Mode::MoreFix, Mode::CursorBlink, Mode::RightToLeft}) {
+    for (const Mode each :
+         {Mode::Insert, Mode::Origin, Mode::Autowrap, Mode::ReverseWrap, Mode::ReverseWrapExtended,
+          Mode::CursorVisible, Mode::KeyboardLocked, Mode::CursorKeys, Mode::NationalSets, Mode::LeftRightMargins,
+          Mode::KeypadApplication, Mode::MoreFix, Mode::CursorBlink, Mode::RightToLeft}) {
         store(each, initialState(each));
     }
     m_keypadApplication = false;

@@ -3,9 +3,11 @@
 
 #include <algorithm>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 RowCopy copyOf(const Row &row)
 {

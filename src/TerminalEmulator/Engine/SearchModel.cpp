@@ -5,9 +5,11 @@
 
 #include <algorithm>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 std::u32string folded(std::u32string text)
 {
@@ -63,7 +65,8 @@ std::vector<SearchHit> SearchModel::hitsIn(const LogicalLine &line) const
         if (end == begin) {
             from = begin + 1; // an empty match marks nothing
         } else {
-            const bool whole = !(begin > 0 && isWord(begin - 1) && isWord(begin)) && !(isWord(end - 1) && isWord(end));
+            const bool whole =
+                !(begin > 0 && isWord(begin - 1) && isWord(begin)) && !(isWord(end - 1) && isWord(end));
             if (whole || !m_query.wholeWords) {
                 result.push_back({line.places[begin], line.endOf(end - 1)});
             }
@@ -90,16 +93,14 @@ std::optional<SearchHit> SearchModel::next(Position from, bool forward) const
     for (int64_t visited = 0; visited <= last - first + 2;) {
         const std::vector<SearchHit> found = hitsIn(line);
         if (forward) {
-            const auto hit = std::find_if(found.begin(), found.end(), [&](const SearchHit &each) {
-                return each.first > from || visited > 0;
-            });
+            const auto hit = std::find_if(found.begin(), found.end(),
+                                          [&](const SearchHit &each) { return each.first > from || visited > 0; });
             if (hit != found.end()) {
                 return *hit;
             }
         } else {
-            const auto hit = std::find_if(found.rbegin(), found.rend(), [&](const SearchHit &each) {
-                return each.first < from || visited > 0;
-            });
+            const auto hit = std::find_if(found.rbegin(), found.rend(),
+                                          [&](const SearchHit &each) { return each.first < from || visited > 0; });
             if (hit != found.rend()) {
                 return *hit;
             }
@@ -140,10 +141,11 @@ std::vector<SearchHit> SearchModel::hits(int64_t first, int64_t last) const
 
 std::optional<PlainLink> plainLinkAt(std::u32string_view text, size_t at)
 {
-    static constexpr std::u32string_view Schemes[] = {U"https://", U"http://", U"ftp://",  U"ftps://", U"sftp://",
-                                                      U"ssh://",   U"file://", U"git://",  U"mailto:", U"www."};
+    static constexpr std::u32string_view Schemes[] = {U"https://", U"http://", U"ftp://", U"ftps://", U"sftp://",
+                                                      U"ssh://",   U"file://", U"git://", U"mailto:", U"www."};
     const auto isPart = [](char32_t each) {
-        return each > 0x20 && each != 0x7f && std::u32string_view(U"<>\"`{}|\\^").find(each) == std::u32string_view::npos &&
+        return each > 0x20 && each != 0x7f &&
+               std::u32string_view(U"<>\"`{}|\\^").find(each) == std::u32string_view::npos &&
                !(each >= 0x80 && each <= 0xa0) && !(each >= 0x2500 && each <= 0x25ff);
     };
     if (at >= text.size() || !isPart(text[at])) {
@@ -157,8 +159,9 @@ std::optional<PlainLink> plainLinkAt(std::u32string_view text, size_t at)
         if (begin > low && unicode::property(text[begin - 1]).isWord()) {
             continue;
         }
-        const auto *scheme = std::find_if(std::begin(Schemes), std::end(Schemes),
-                                          [&](std::u32string_view each) { return text.substr(begin).starts_with(each); });
+        const auto *scheme = std::find_if(std::begin(Schemes), std::end(Schemes), [&](std::u32string_view each) {
+            return text.substr(begin).starts_with(each);
+        });
         if (scheme == std::end(Schemes)) {
             continue;
         }

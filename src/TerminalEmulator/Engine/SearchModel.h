@@ -4,7 +4,8 @@
 #include "TerminalEmulator/Engine/Regex.h"
 #include "TerminalEmulator/Engine/Terminal.h"
 
-namespace vt {
+namespace vt
+{
 
 /// Looks for text in logical lines, so that what autowrap cut is found.
 class SearchModel

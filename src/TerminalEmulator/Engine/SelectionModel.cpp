@@ -5,7 +5,8 @@
 
 #include <algorithm>
 
-namespace vt {
+namespace vt
+{
 
 SelectionModel::SelectionModel(Emulation &emulation)
     : m_emulation(emulation)

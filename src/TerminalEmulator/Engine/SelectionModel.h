@@ -3,7 +3,8 @@
 #include "TerminalEmulator/Engine/Emulation.h"
 #include "TerminalEmulator/Engine/Terminal.h"
 
-namespace vt {
+namespace vt
+{
 
 /// What the user has selected. Positions follow their text into the history and through reflows.
 class SelectionModel
@@ -13,7 +14,9 @@ public:
 
     void start(Position at, SelectionKind kind);
     void extend(Position to);
+
     void clear() { m_active = false; }
+
     void selectAll();
     std::optional<Selection> selection() const;
     std::string text(Position first, Position last, bool block) const;
@@ -31,7 +34,7 @@ private:
     SelectionKind m_kind = SelectionKind::Character;
     Position m_anchorFirst; ///< the unit the selection began with
     Position m_anchorLast;
-    Position m_headFirst;   ///< and the one it goes to
+    Position m_headFirst; ///< and the one it goes to
     Position m_headLast;
     std::u32string m_wordCharacters = U"-./_~:@%&=?#+";
 };

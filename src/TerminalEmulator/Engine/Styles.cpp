@@ -3,7 +3,8 @@
 #include <bit>
 #include <cstring>
 
-namespace vt {
+namespace vt
+{
 
 Styles::Styles()
     : m_styles(1)

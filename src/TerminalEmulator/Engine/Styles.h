@@ -5,7 +5,8 @@
 #include <cstddef>
 #include <vector>
 
-namespace vt {
+namespace vt
+{
 
 /// Every style in use, once. Cells name it by number; number 0 is the default style.
 class Styles

@@ -5,7 +5,8 @@
 #include <algorithm>
 #include <utility>
 
-namespace vt {
+namespace vt
+{
 
 Terminal::Terminal(const Options &options)
     : m_emulation(std::make_unique<Emulation>(options))

@@ -9,16 +9,17 @@
 #include <string_view>
 #include <vector>
 
-namespace vt {
+namespace vt
+{
 
 class Emulation;
 struct Link;
 
 /// What changed on the screen since it was last asked for.
 struct Damage {
-    bool all = false;          ///< everything may have changed (screen switched, palette, size, region scrolled)
-    int64_t scrolled = 0;      ///< rows the whole screen moved up; rows that only moved are not in `rows`
-    std::vector<int> rows;     ///< screen rows whose cells changed, ascending
+    bool all = false;      ///< everything may have changed (screen switched, palette, size, region scrolled)
+    int64_t scrolled = 0;  ///< rows the whole screen moved up; rows that only moved are not in `rows`
+    std::vector<int> rows; ///< screen rows whose cells changed, ascending
     bool cursorMoved = false;
 };
 
@@ -33,8 +34,8 @@ struct Selection {
 
 /// What to search for.
 struct SearchQuery {
-    std::string text;             ///< UTF-8
-    bool isRegex = false;         ///< see Regex.h for the grammar
+    std::string text;     ///< UTF-8
+    bool isRegex = false; ///< see Regex.h for the grammar
     bool caseSensitive = false;
     bool wholeWords = false;
 };
@@ -173,6 +174,7 @@ public:
         Position first;
         Position last;
     };
+
     /// The link at a place: of OSC 8, or an address that stands there as text.
     std::optional<FoundLink> linkAt(Position at) const;
 

@@ -5,7 +5,8 @@
 #include "TerminalEmulator/Engine/SelectionModel.h"
 #include "TerminalEmulator/Engine/Terminal.h"
 
-namespace vt {
+namespace vt
+{
 
 /// What Terminal keeps beside the emulation.
 struct Terminal::Extra {

@@ -2,9 +2,11 @@
 #include "TerminalEmulator/Engine/Input.h"
 #include "TerminalEmulator/Engine/Terminal.h"
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 MouseTracking trackingOf(const Emulation &emulation)
 {

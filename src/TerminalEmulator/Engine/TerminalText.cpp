@@ -1,6 +1,7 @@
 #include "TerminalEmulator/Engine/TerminalExtra.h"
 
-namespace vt {
+namespace vt
+{
 
 void Terminal::startSelection(Position at, SelectionKind kind)
 {
@@ -81,7 +82,8 @@ std::optional<Terminal::FoundLink> Terminal::linkAt(Position at) const
     }
     const auto linkOf = [this](Position place) {
         Line row;
-        const bool there = m_emulation->readLine(place.line, row) && place.column < static_cast<int>(row.cells.size());
+        const bool there =
+            m_emulation->readLine(place.line, row) && place.column < static_cast<int>(row.cells.size());
         return there ? m_emulation->m_styles[row.cells[static_cast<size_t>(place.column)].style].link : 0u;
     };
     if (const uint32_t number = linkOf(line.places[here]); const Link *found = link(number)) {

@@ -8,7 +8,8 @@
 #include <vector>
 
 /// Values that pass between the engine and whoever embeds it.
-namespace vt {
+namespace vt
+{
 
 /// How a terminal is set up. Sizes are in cells; every size is clamped to 1 to MaxColumns and MaxRows.
 struct Options {
@@ -25,7 +26,7 @@ struct Options {
     bool allowTitleReports = false;   ///< the title is told on request: text of one program typed into another
     int cellWidth = 8;                ///< pixels, for reports
     int cellHeight = 16;
-    std::string name = "tarnwell";    ///< told by XTVERSION
+    std::string name = "tarnwell"; ///< told by XTVERSION
     std::string version = "0.1";
 };
 
@@ -43,8 +44,8 @@ struct Event {
         Resized,          ///< the application changed the size: number columns, value rows
         Window,           ///< XTWINOPS 1 to 10: number is the operation, value and value2 its parameters
         PaletteChanged,
-        ModesChanged,     ///< mouse, cursor keys, screen colours...: what the embedder may have derived is void
-        PointerShape,     ///< text: the CSS name of OSC 22
+        ModesChanged, ///< mouse, cursor keys, screen colours...: what the embedder may have derived is void
+        PointerShape, ///< text: the CSS name of OSC 22
     };
 
     Kind kind;

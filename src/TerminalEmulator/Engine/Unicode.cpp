@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <iterator>
 
-namespace vt::unicode {
+namespace vt::unicode
+{
 
-namespace {
+namespace
+{
 
 struct Folding {
     uint32_t first;
@@ -31,8 +33,9 @@ char32_t fold(char32_t codePoint)
     if (codePoint < 0x80) {
         return codePoint >= 'A' && codePoint <= 'Z' ? codePoint + 32 : codePoint;
     }
-    const auto *after = std::upper_bound(std::begin(kFoldings), std::end(kFoldings), codePoint,
-                                         [](char32_t value, const Folding &folding) { return value < folding.first; });
+    const auto *after =
+        std::upper_bound(std::begin(kFoldings), std::end(kFoldings), codePoint,
+                         [](char32_t value, const Folding &folding) { return value < folding.first; });
     // Ranges of stride two interlace at most with their neighbour.
     for (int back = 0; back < 2 && after != std::begin(kFoldings); ++back) {
         --after;

@@ -3,7 +3,8 @@
 #include <cstdint>
 
 /// Properties of code points from the Unicode Character Database (tools/unicode_tables.py writes the tables).
-namespace vt::unicode {
+namespace vt::unicode
+{
 
 /// Grapheme cluster break classes of UAX #29, with extended pictographs as a class of their own.
 enum Break : uint8_t {
@@ -26,9 +27,12 @@ struct Property {
     uint8_t bits;
 
     Break breakClass() const { return static_cast<Break>(bits & 15); }
+
     int columns() const { return bits >> 4 & 3; }
+
     bool hasVariations() const { return (bits & 64) != 0; } ///< U+FE0F and U+FE0E choose its presentation
-    bool isWord() const { return (bits & 128) != 0; }       ///< letter, mark, number or connector
+
+    bool isWord() const { return (bits & 128) != 0; } ///< letter, mark, number or connector
 };
 
 /// A value beyond U+10FFFF reads as U+FFFD.
@@ -43,8 +47,10 @@ class Segmenter
 public:
     /// Whether a cluster ends between the last code point given and this one.
     bool breaksBefore(Break next);
+
     /// A control came: nothing joins what was before it.
     void reset() { m_last = Control; }
+
     /// The same as breaksBefore(Other).
     void afterPlain()
     {

@@ -2,7 +2,8 @@
 
 #include <cstdint>
 
-namespace vt {
+namespace vt
+{
 
 std::u32string toUtf32(std::string_view utf8)
 {
@@ -13,7 +14,10 @@ std::u32string toUtf32(std::string_view utf8)
             out += lead;
             continue;
         }
-        int need = lead >= 0xc2 && lead <= 0xdf ? 1 : lead >= 0xe0 && lead <= 0xef ? 2 : lead >= 0xf0 && lead <= 0xf4 ? 3 : 0;
+        int need = lead >= 0xc2 && lead <= 0xdf   ? 1
+                   : lead >= 0xe0 && lead <= 0xef ? 2
+                   : lead >= 0xf0 && lead <= 0xf4 ? 3
+                                                  : 0;
         char32_t value = lead & (0x3fu >> need);
         unsigned low = lead == 0xe0 ? 0xa0 : lead == 0xf0 ? 0x90 : 0x80;
         unsigned high = lead == 0xed ? 0x9f : lead == 0xf4 ? 0x8f : 0xbf;

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
-namespace vt {
+namespace vt
+{
 
-namespace {
+namespace
+{
 
 /// The engine has no window; reports speak of one on a screen of this size, at the position it was last moved to.
 constexpr int ScreenWidth = 1920;

@@ -15,7 +15,8 @@
 #include <string>
 #include <sys/resource.h>
 
-namespace {
+namespace
+{
 
 constexpr size_t Block = 65536; // what a read of a pseudo terminal gives at most, rounded up
 
@@ -35,7 +36,8 @@ long heldCells(const vt::Terminal &terminal)
     vt::Line line;
     for (int64_t number = terminal.firstLine(); number <= terminal.lastLine(); ++number) {
         terminal.line(number, line);
-        cells += std::count_if(line.cells.begin(), line.cells.end(), [](const vt::Cell &cell) { return !cell.isEmpty(); });
+        cells +=
+            std::count_if(line.cells.begin(), line.cells.end(), [](const vt::Cell &cell) { return !cell.isEmpty(); });
     }
     return cells;
 }

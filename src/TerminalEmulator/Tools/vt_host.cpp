@@ -1,7 +1,7 @@
 // vt-host [--size COLSxROWS] [--dump] [--record FILE] -- COMMAND...
 //
-// Runs a command on a pseudo terminal against the engine, without a window: its queries are answered, and size changes
-// it asks for happen. Ends with the command's status, or 128 and the number of the signal that ended it.
+// Runs a command on a pseudo terminal against the engine, without a window: its queries are answered, and size
+// changes it asks for happen. Ends with the command's status, or 128 and the number of the signal that ended it.
 
 #include "TerminalEmulator/Engine/Terminal.h"
 #include "TerminalEmulator/PseudoTerminal.h"
@@ -15,7 +15,8 @@
 #include <string>
 #include <sys/wait.h>
 
-namespace {
+namespace
+{
 
 struct Arguments {
     int columns = 80;

@@ -17,6 +17,7 @@ public:
         : Scene(options(columns, rows, scrollback))
     {
     }
+
     explicit Scene(const vt::Options &given)
         : terminal(given)
     {
@@ -38,10 +39,7 @@ public:
     }
 
     /// A row's text without the blanks at its end; never written cells show as '.', if `dots` is given.
-    QByteArray row(int number, bool dots = false) const
-    {
-        return lineText(terminal.screenTop() + number - 1, dots);
-    }
+    QByteArray row(int number, bool dots = false) const { return lineText(terminal.screenTop() + number - 1, dots); }
 
     QByteArray lineText(int64_t number, bool dots = false) const
     {

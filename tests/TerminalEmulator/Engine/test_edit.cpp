@@ -1,7 +1,8 @@
 #include "Scene.h"
 
 // Erasing, inserting, deleting, protection and rectangles.
-class TestEdit : public QObject {
+class TestEdit : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
@@ -56,9 +57,13 @@ void TestEdit::leaves_data()
     row("copy", TEXT "\x1b[1;1;2;3;1;3;5$v", "abcdefgh|ijklmnop|qrstabcx|yzABijkF");
     row("copy over itself", TEXT "\x1b[1;1;3;8;1;2;1$v", "abcdefgh|abcdefgh|ijklmnop|qrstuvwx");
     row("a rectangle of no size", TEXT "\x1b[3;1;2;8$z", "abcdefgh|ijklmnop|qrstuvwx|yzABCDEF");
-    row("a rectangle counts from the origin", TEXT "\x1b[2;3r\x1b[?6h\x1b[1;1;9;2$z", "abcdefgh|  klmnop|  stuvwx|yzABCDEF");
+    row("a rectangle counts from the origin", TEXT "\x1b[2;3r\x1b[?6h\x1b[1;1;9;2$z",
+        "abcdefgh|  klmnop|  stuvwx|yzABCDEF");
     row("alignment pattern", TEXT "\x1b[2;3r\x1b#8", "EEEEEEEE|EEEEEEEE|EEEEEEEE|EEEEEEEE");
-    row("full reset", TEXT "\x1b" "c", "");
+    row("full reset",
+        TEXT "\x1b"
+             "c",
+        "");
 #undef TEXT
 }
 
@@ -86,12 +91,12 @@ void TestEdit::rectanglesCanBeCheckedByChecksum()
 {
     Scene scene(10, 4);
     scene.feed("AB\x1b[1mC\x1b[m");
-    QCOMPARE(scene.ask("\x1b[7;0;1;1;1;1*y"), "^[P7!~FFBF^[\\");          // 0x10000 - 'A'
+    QCOMPARE(scene.ask("\x1b[7;0;1;1;1;1*y"), "^[P7!~FFBF^[\\"); // 0x10000 - 'A'
     QCOMPARE(scene.ask("\x1b[8;0;1;1;1;2*y"), "^[P8!~FF7D^[\\");
-    QCOMPARE(scene.ask("\x1b[9;0;1;3;1;3*y"), "^[P9!~FF3D^[\\");          // bold weighs 128
-    QCOMPARE(scene.ask("\x1b[1;0;2;1;2;1*y"), "^[P1!~FFE0^[\\");          // an empty cell is a space
-    QCOMPARE(scene.ask("\x1b[1;0;1;1;1;9*y"), "^[P1!~FEBA^[\\");          // trailing ones do not count
-    QCOMPARE(scene.ask("\x1b[3#y\x1b[2;0;1;1;1;3*y"), "^[P2!~00C6^[\\");  // neither negated nor with renditions
+    QCOMPARE(scene.ask("\x1b[9;0;1;3;1;3*y"), "^[P9!~FF3D^[\\");         // bold weighs 128
+    QCOMPARE(scene.ask("\x1b[1;0;2;1;2;1*y"), "^[P1!~FFE0^[\\");         // an empty cell is a space
+    QCOMPARE(scene.ask("\x1b[1;0;1;1;1;9*y"), "^[P1!~FEBA^[\\");         // trailing ones do not count
+    QCOMPARE(scene.ask("\x1b[3#y\x1b[2;0;1;1;1;3*y"), "^[P2!~00C6^[\\"); // neither negated nor with renditions
 }
 
 void TestEdit::attributesOfARectangleAndOfAStream()

@@ -1,7 +1,8 @@
 #include "Scene.h"
 
 // What keys, mouse, paste and focus send in which mode.
-class TestInput : public QObject {
+class TestInput : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
@@ -13,7 +14,8 @@ private Q_SLOTS:
     void focusIsToldOnRequest();
 };
 
-namespace {
+namespace
+{
 
 vt::KeyEvent typed(char32_t character, uint8_t modifiers = 0, const char *text = nullptr)
 {
@@ -159,7 +161,9 @@ void TestInput::pasteCannotBreakOut()
     Scene scene;
     QCOMPARE(Scene::visible(scene.terminal.encodePaste("a\r\nb\nc\td")), "a\\x0db\\x0dc\\x09d");
     scene.feed("\x1b[?2004h");
-    QCOMPARE(Scene::visible(scene.terminal.encodePaste("x\x1b[201~rm\x03\xc2\x9b" "201~")), "^[[200~x[201~rm201~^[[201~");
+    QCOMPARE(Scene::visible(scene.terminal.encodePaste("x\x1b[201~rm\x03\xc2\x9b"
+                                                       "201~")),
+             "^[[200~x[201~rm201~^[[201~");
 }
 
 void TestInput::focusIsToldOnRequest()

@@ -3,7 +3,8 @@
 #include <chrono>
 
 // Nothing that comes from the other side makes the engine large or slow, and scrollback costs what it should.
-class TestLimits : public QObject {
+class TestLimits : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
@@ -21,7 +22,8 @@ void TestLimits::scrollbackIsCompact()
     for (int line = 0; line < 10'100; ++line) {
         std::string text;
         for (int word = 0; word < 12; ++word) {
-            text += "\x1b[3" + std::to_string((line + word) % 8) + "m" + "word" + std::to_string(10000 + line + word).substr(1, 5) + " ";
+            text += "\x1b[3" + std::to_string((line + word) % 8) + "m" + "word" +
+                    std::to_string(10000 + line + word).substr(1, 5) + " ";
         }
         scene.feed(text + "\x1b[m\r\n");
     }
@@ -88,7 +90,9 @@ void TestLimits::manyTitlesAndLinks()
 void TestLimits::everythingFitsInOneCell()
 {
     Scene scene(1, 1, 3);
-    scene.feed("abc\u6f22\U0001f600e\u0301\x1b[5@\x1b[5P\x1b[L\x1b[M\t\b\x1b[Z\x1b" "6\x1b" "9\x1b[1;1r\x1b#8");
+    scene.feed("abc\u6f22\U0001f600e\u0301\x1b[5@\x1b[5P\x1b[L\x1b[M\t\b\x1b[Z\x1b"
+               "6\x1b"
+               "9\x1b[1;1r\x1b#8");
     QCOMPARE(scene.screen(), "E");
     scene.terminal.resize(0, -5);
     QCOMPARE(scene.terminal.columns(), 1);

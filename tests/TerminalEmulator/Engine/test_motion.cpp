@@ -1,7 +1,8 @@
 #include "Scene.h"
 
 // Where the cursor goes: addressing, margins, origin mode, tabs, reverse wrap, save and restore.
-class TestMotion : public QObject {
+class TestMotion : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
@@ -52,8 +53,14 @@ void TestMotion::endsAt_data()
     row("tab stop cleared", "\x1b[1;9H\x1b[g\r\t", "1;17");
     row("all tab stops cleared", "\x1b[3g\r\t", "1;20");
     row("tab stops each eight", "\x1b[3g\x1b[?5W\r\t", "1;9");
-    row("index", "\x1b[4;9H\x1b""D", "5;9");
-    row("next line by NEL", "\x1b[4;9H\x1b""E", "5;1");
+    row("index",
+        "\x1b[4;9H\x1b"
+        "D",
+        "5;9");
+    row("next line by NEL",
+        "\x1b[4;9H\x1b"
+        "E",
+        "5;1");
     row("reverse index", "\x1b[4;9H\x1bM", "3;9");
     row("a line feed outside the columns stays", MARGINS "\x1b[7;2H\n", "7;2");
     row("new line mode", "\x1b[20h\x1b[4;9H\n", "5;1");
@@ -61,16 +68,34 @@ void TestMotion::endsAt_data()
     row("reverse wrap", "\x1b[?45h\x1b[2;1H\b", "1;20");
     row("reverse wrap to the right margin", "\x1b[?45h" MARGINS "\x1b[5;5H\b", "4;12");
     row("reverse wrap stops at a line feed", "\x1b[?45hab\r\n\b\b", "2;1");
-    row("reverse wrap goes over autowrap", "\x1b[?45h" "123456789012345678901\b\b", "1;20");
-    row("extended reverse wrap does not care", "\x1b[?1045h" "ab\r\n\b\b", "1;19");
+    row("reverse wrap goes over autowrap",
+        "\x1b[?45h"
+        "123456789012345678901\b\b",
+        "1;20");
+    row("extended reverse wrap does not care",
+        "\x1b[?1045h"
+        "ab\r\n\b\b",
+        "1;19");
     row("reverse wrap from the top to the bottom", "\x1b[?1045h\x1b[H\b", "10;20");
     row("a change of margins goes home", "\x1b[4;9H\x1b[2;5r", "1;1");
     row("margins that make no sense are ignored", "\x1b[4;9H\x1b[5;5r", "4;9");
-    row("back index at the edge scrolls", MARGINS "\x1b[4;5H\x1b""6", "4;5");
-    row("forward index moves", "\x1b[4;9H\x1b""9", "4;10");
-    row("the alternate screen has its own saved cursor", "\x1b[2;2H\x1b[?1049h\x1b[5;5H\x1b""7\x1b[?1049l", "2;2");
+    row("back index at the edge scrolls",
+        MARGINS "\x1b[4;5H\x1b"
+                "6",
+        "4;5");
+    row("forward index moves",
+        "\x1b[4;9H\x1b"
+        "9",
+        "4;10");
+    row("the alternate screen has its own saved cursor",
+        "\x1b[2;2H\x1b[?1049h\x1b[5;5H\x1b"
+        "7\x1b[?1049l",
+        "2;2");
     row("VT52 addressing", "\x1b[?2l\x1bY#'", "4;8");
-    row("VT52 and back", "\x1b[?2l\x1b""B\x1b<\x1b[2;2H", "2;2");
+    row("VT52 and back",
+        "\x1b[?2l\x1b"
+        "B\x1b<\x1b[2;2H",
+        "2;2");
 #undef MARGINS
 }
 
@@ -110,12 +135,17 @@ void TestMotion::scrollingKeepsToTheMargins()
 void TestMotion::saveAndRestoreKeepMoreThanThePlace()
 {
     Scene scene(10, 5);
-    scene.feed("\x1b[2;3H\x1b[1;31m\x1b(0\x1b""7\x1b[m\x1b(B\x1b[5;5H\x1b""8q");
+    scene.feed("\x1b[2;3H\x1b[1;31m\x1b(0\x1b"
+               "7\x1b[m\x1b(B\x1b[5;5H\x1b"
+               "8q");
     QCOMPARE(scene.row(2), "  \u2500");
     QVERIFY(scene.style(2, 3).has(vt::Style::Bold));
-    scene.feed("\x1b[!p\x1b[4;4H\x1b""8");
+    scene.feed("\x1b[!p\x1b[4;4H\x1b"
+               "8");
     QCOMPARE(scene.cursor(), "1;1");
-    scene.feed("\x1b[2J\x1b[1;6Hvwxyz\x1b""7\x1b[H\x1b""8!");
+    scene.feed("\x1b[2J\x1b[1;6Hvwxyz\x1b"
+               "7\x1b[H\x1b"
+               "8!");
     QCOMPARE(scene.row(2), "!");
 }
 

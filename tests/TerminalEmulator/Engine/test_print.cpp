@@ -1,7 +1,8 @@
 #include "Scene.h"
 
 // How text gets to the screen: wrapping, insert mode, wide characters at the edges, tabs.
-class TestPrint : public QObject {
+class TestPrint : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
@@ -92,7 +93,8 @@ void TestPrint::lineDrawingAndShifts()
     Scene scene;
     scene.feed("\x1b(0lqk\x1b(Blqk");
     QCOMPARE(scene.row(1), "\u250c\u2500\u2510lqk");
-    scene.feed("\r\n\x1b)0a\x0eqq\x0f" "b");
+    scene.feed("\r\n\x1b)0a\x0eqq\x0f"
+               "b");
     QCOMPARE(scene.row(2), "a\u2500\u2500b");
     scene.feed("\r\n\x1b*0\x1bNxx\x1b(A#");
     QCOMPARE(scene.row(3), "\u2502x\u00a3");

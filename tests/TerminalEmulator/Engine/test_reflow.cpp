@@ -3,7 +3,8 @@
 #include <random>
 
 // Changes of size: wrapped lines are laid out anew, and going back gives what was there.
-class TestReflow : public QObject {
+class TestReflow : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
@@ -46,8 +47,17 @@ void TestReflow::thereAndBackIsExact_data()
 {
     QTest::addColumn<int>("columns");
     QTest::addColumn<int>("rows");
-    for (const auto &[columns, rows] : {std::pair{40, 10}, {39, 10}, {41, 10}, {17, 10}, {3, 10}, {200, 10}, {40, 4},
-                                        {40, 30}, {23, 5}, {61, 33}, {2, 3}}) {
+    for (const auto &[columns, rows] : {std::pair{40, 10},
+                                        {39, 10},
+                                        {41, 10},
+                                        {17, 10},
+                                        {3, 10},
+                                        {200, 10},
+                                        {40, 4},
+                                        {40, 30},
+                                        {23, 5},
+                                        {61, 33},
+                                        {2, 3}}) {
         QTest::addRow("%dx%d", columns, rows) << columns << rows;
     }
 }

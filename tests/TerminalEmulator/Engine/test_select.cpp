@@ -3,7 +3,8 @@
 #include "TerminalEmulator/Engine/Regex.h"
 
 // Selection, search, patterns and links.
-class TestSelect : public QObject {
+class TestSelect : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
@@ -194,7 +195,8 @@ void TestSelect::patternsAreLinear()
         QVERIFY(regex);
         QVERIFY(!regex->find(text, 0));
     }
-    for (const char32_t *pattern : {U"(a{1000}){1000}", U"((((a{99}){99}){99}){99}", U"[z-a]", U"a**{", U"+", U"(a", U"a)", U"\\"}) {
+    for (const char32_t *pattern :
+         {U"(a{1000}){1000}", U"((((a{99}){99}){99}){99}", U"[z-a]", U"a**{", U"+", U"(a", U"a)", U"\\"}) {
         const bool odd = std::u32string_view(pattern) == U"a**{";
         QCOMPARE(vt::Regex::compile(pattern, true).has_value(), odd);
     }

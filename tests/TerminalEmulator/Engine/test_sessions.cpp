@@ -3,15 +3,18 @@
 #include <QDir>
 #include <QFile>
 
-// Recordings of real programs at 80x24 (sessions/record.py), each with the grid another terminal shows for it as well;
-// and that it makes no difference how the bytes are cut.
-class TestSessions : public QObject {
+// Recordings of real programs at 80x24 (sessions/record.py), each with the grid another terminal shows for it as
+// well; and that it makes no difference how the bytes are cut.
+class TestSessions : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
     void showsWhatWasExpected_data();
     void showsWhatWasExpected();
+
     void everySplitGivesTheSame_data() { showsWhatWasExpected_data(); }
+
     void everySplitGivesTheSame();
 
 private:

@@ -5,7 +5,8 @@
 #include <QFile>
 
 // Columns, grapheme clusters and UTF-8.
-class TestUnicode : public QObject {
+class TestUnicode : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
@@ -161,7 +162,8 @@ void TestUnicode::clustersSurviveScrollingAndSweeping()
         std::string text;
         vt::appendUtf8(text, U'\u4e00' + static_cast<char32_t>(count % 8000));
         vt::appendUtf8(text, U'\u0300' + static_cast<char32_t>(count / 8000));
-        scene.feed("\x1b[38;2;" + std::to_string(count % 256) + ';' + std::to_string(count / 256) + ";9m" + text + "\r\n");
+        scene.feed("\x1b[38;2;" + std::to_string(count % 256) + ';' + std::to_string(count / 256) + ";9m" + text +
+                   "\r\n");
     }
     std::string last;
     vt::appendUtf8(last, U'\u4e00' + 7999);
