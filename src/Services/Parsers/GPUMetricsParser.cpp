@@ -60,9 +60,28 @@ std::optional<double> numberWithoutUnit(QByteArrayView text, const char *unit)
 
 // --- JSON ---
 
+// Whether brackets are opened within brackets beyond what any tool prints; those in texts count along. A value is
+// built in memory for each, so that megabytes of them would become gigabytes.
+bool isTooDeep(QByteArrayView text)
+{
+    constexpr int kDeepest = 100;
+    int depth = 0;
+    for (const char c : text) {
+        depth += c == '[' || c == '{' ? 1 : c == ']' || c == '}' ? -1 : 0;
+        if (depth > kDeepest) {
+            return true;
+        }
+    }
+    return false;
+}
+
 // The value, or nothing, with the reason in the log.
 std::optional<Json> readJson(QByteArrayView text, const char *vendor)
 {
+    if (isTooDeep(text)) {
+        Log::error(u"Failed to parse %1 JSON: nested too deeply"_s.arg(QLatin1StringView(vendor)));
+        return std::nullopt;
+    }
     try {
         return Json::parse(text.begin(), text.end());
     } catch (const Json::exception &failure) {
