@@ -34,6 +34,7 @@ private Q_SLOTS:
     void calls_data();
     void calls();
     void theServiceListThroughSudo();
+    void aServiceListThatFails();
 
 private:
     std::unique_ptr<StandIns> m_tools;
@@ -157,6 +158,21 @@ void TestLinesToTools::theServiceListThroughSudo()
     QCOMPARE(calls.size(), 2);
     QVERIFY(calls.first().startsWith("sudo|bash|-c|SYSTEMD_COLORS=0 command -v timeout"_L1));
     QCOMPARE(m_tools->exitCode, 0);
+}
+
+void TestLinesToTools::aServiceListThatFails()
+{
+    // Without timeout(1) systemctl is never asked, and of the message its first word comes back.
+    QTemporaryDir onlyBash;
+    QVERIFY(QFile::link(u"/bin/bash"_s, onlyBash.filePath(u"bash"_s)));
+    QProcess shell;
+    QProcessEnvironment environment;
+    environment.insert(u"PATH"_s, onlyBash.path());
+    shell.setProcessEnvironment(environment);
+    shell.start(u"/bin/sh"_s, {u"-c"_s, ServiceListCommand(false).commandString()});
+    QVERIFY(shell.waitForFinished());
+    QCOMPARE(shell.readAllStandardOutput(), "ERROR:\n");
+    QCOMPARE(shell.exitCode(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestLinesToTools)
