@@ -70,4 +70,4 @@ private:
     if (!host##Found) {                                                                                              \
         QSKIP(qPrintable((hosts).reason(role)));                                                                     \
     }                                                                                                                \
-    const RigHost &host = *host##Found
+    const RigHost &host = *host##Found // NOLINT(bugprone-macro-parentheses): the name that is declared

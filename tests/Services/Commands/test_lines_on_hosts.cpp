@@ -68,7 +68,7 @@ private:
     if (!name##Found) {                                                                                              \
         QSKIP(qPrintable(m_hosts.reason(role)));                                                                     \
     }                                                                                                                \
-    HostSession &name = *name##Found
+    HostSession &name = *name##Found // NOLINT(bugprone-macro-parentheses): the name that is declared
 
 void TestLinesOnHosts::facts_data()
 {
@@ -365,7 +365,8 @@ void TestLinesOnHosts::cronJobs()
     NEEDS_HOST(host, u"systemd"_s);
     QCOMPARE(host.says(CheckCrontabAvailableCommand().commandString()), "CRONTAB_AVAILABLE");
     QCOMPARE(host.run(GetSystemCrontabCommand()).output, host.run(u"cat /etc/crontab"_s).output);
-    QVERIFY(host.run(GetCronDCommand()).output.size() == host.says(u"cat /etc/cron.d/* /etc/cron.d/.[!.]* | wc -c"_s).toInt());
+    QVERIFY(host.run(GetCronDCommand()).output.size() ==
+            host.says(u"cat /etc/cron.d/* /etc/cron.d/.[!.]* | wc -c"_s).toInt());
     QCOMPARE(host.run(GetRootCrontabCommand()).output, host.run(u"sudo crontab -l"_s).output);
 
     const QByteArray before = host.run(GetUserCrontabCommand()).output;

@@ -165,6 +165,7 @@ void TestSamplerLive::aBusyMachine()
 {
     std::atomic<bool> isDone = false;
     std::vector<std::thread> loops;
+    loops.reserve(static_cast<size_t>(QThread::idealThreadCount()));
     for (int i = 0; i < QThread::idealThreadCount(); ++i) {
         loops.emplace_back([&isDone] {
             while (!isDone) {
