@@ -59,6 +59,11 @@ def check(build, source):
     return run.returncode == 0, "\n".join(lines)
 
 
+def blocks(text):
+    """The findings in clang-tidy's output, each with the lines that belong to it."""
+    return re.split(r"\n(?=\S[^\n]*: (?:error|warning): )", text)
+
+
 def main(arguments):
     if not arguments:
         print(__doc__, file=sys.stderr)
@@ -80,14 +85,15 @@ def main(arguments):
         if source not in todo:
             (CACHE / keys[source]).touch()
 
-    findings = 0
+    findings, told = 0, set()  # one finding in a header comes from each source that reaches it
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         for source, (clean, text) in zip(todo, pool.map(lambda item: check(build, item), todo)):
             if clean:
                 (CACHE / keys[source]).touch()
             else:
                 findings += 1
-                print(text, flush=True)
+                print("\n".join(block for block in blocks(text) if block not in told), flush=True)
+                told.update(blocks(text))
     oldest = time.time() - KEEP_DAYS * 86400
     for entry in CACHE.iterdir():
         if entry.stat().st_mtime < oldest:
