@@ -96,6 +96,8 @@ private Q_SLOTS:
     void theFileIsPrivateAndReadable();
     void theOrderOfFirstWritingStays();
     void whatElseStandsInTheFileSurvives();
+    void longBytesAreReadTheSame_data();
+    void longBytesAreReadTheSame();
     void anotherProgramsKeysSurvive();
     void aDamagedFileIsSetAside_data();
     void aDamagedFileIsSetAside();
@@ -217,6 +219,36 @@ void TestUserDefaults::whatElseStandsInTheFileSurvives()
     QCOMPARE(content(), "{\n" + entries + ",\n\"mine\": true\n}\n");
     QVERIFY(defaults.setInteger(u"tree"_s, 7));
     QVERIFY(content().contains("\"tree\": 7,\n"));
+}
+
+void TestUserDefaults::longBytesAreReadTheSame_data()
+{
+    QTest::addColumn<QByteArray>("others");
+    QTest::newRow("nothing else") << QByteArray();
+    QTest::newRow("more of them") << R"(, "b": {"data":")" + QByteArray(5000, 'A') + R"("}, "c": {"data":"QQ=="})";
+    QTest::newRow("one in a tree") << R"(, "b": [{"data":")" + QByteArray(5000, 'A') + R"("},{"data":"QQ=="}])";
+    QTest::newRow("one with company") << R"(, "b": {"data":")" + QByteArray(5000, 'A') + R"(","more":1})";
+    QTest::newRow("none after all") << R"(, "b": {"data":")" + QByteArray(5000, '*') + R"("})";
+    QTest::newRow("one behind text") << R"(, "b": "{\"data\":\")" + QByteArray(5000, 'A') + R"(")";
+    QTest::newRow("a text like an inner mark") << QByteArray(R"(, "b": "*cut 0", "c": {"data":"*cut 0"})");
+    QTest::newRow("an escaped one") << QByteArray(R"(, "b": "\u002acut 0")");
+}
+
+void TestUserDefaults::longBytesAreReadTheSame()
+{
+    QFETCH(QByteArray, others);
+    const QByteArray bytes = QByteArray("\x00\xff\x7f", 3).repeated(5000);
+    write("{\n\"a\": {\"data\":\"" + bytes.toBase64() + "\"}" + others + "}");
+    const auto expected = readDefaults("{\"a\":1" + others + "}");
+    QVERIFY(expected);
+    UserDefaults defaults(m_directory->path());
+    QCOMPARE(defaults.notice(), QString());
+    QCOMPARE(defaults.data(u"a"_s), bytes);
+    QVERIFY(defaults.setInteger(u"a"_s, 1));
+    const auto rewritten = readDefaults(content());
+    QCOMPARE(rewritten, expected);
+    write("{\"a\": {\"data\":\"" + bytes.toBase64() + "\"}" + others); // and what is damaged stays damaged
+    QVERIFY(UserDefaults(m_directory->path()).keys().isEmpty());
 }
 
 void TestUserDefaults::anotherProgramsKeysSurvive()
