@@ -27,18 +27,22 @@ void addCompression(QStringList &arguments, const AppSettings &settings)
     }
 }
 
-void addForwardAgent(QStringList &arguments, const Server &server)
-{
-    if (server.forwardAgent) {
-        addOption(arguments, u"ForwardAgent=yes"_s);
-    }
-}
-
 void addTerminal(QStringList &arguments, bool includeTerminal)
 {
     if (includeTerminal) {
         arguments += u"-t"_s;
     }
+}
+
+// What most vectors end with.
+void addEnding(QStringList &arguments, const Server &server, const std::optional<QString> &command,
+               bool includeTerminal)
+{
+    if (server.forwardAgent) {
+        addOption(arguments, u"ForwardAgent=yes"_s);
+    }
+    addTerminal(arguments, includeTerminal);
+    addDestination(arguments, server, command);
 }
 
 } // namespace
@@ -112,9 +116,7 @@ QStringList KeyAuthStrategy::buildArguments(const Server &server, const std::opt
     addOption(arguments, u"PasswordAuthentication=no"_s);
     addOption(arguments, u"PreferredAuthentications=publickey"_s);
     addOption(arguments, u"BatchMode=no"_s);
-    addForwardAgent(arguments, server);
-    addTerminal(arguments, includeTerminal);
-    addDestination(arguments, server, command);
+    addEnding(arguments, server, command, includeTerminal);
     return arguments;
 }
 
@@ -130,9 +132,7 @@ QStringList PasswordAuthStrategy::buildArguments(const Server &server, const std
     addOption(arguments, u"PreferredAuthentications=password"_s);
     addCompression(arguments, settings);
     addHostKeyOptions(arguments, settings);
-    addForwardAgent(arguments, server);
-    addTerminal(arguments, includeTerminal);
-    addDestination(arguments, server, command);
+    addEnding(arguments, server, command, includeTerminal);
     return arguments;
 }
 
@@ -160,9 +160,7 @@ QStringList FallbackAuthStrategy::buildArguments(const Server &server, const std
     addCommonOptions(arguments, settings, logLevel);
     addCompression(arguments, settings);
     addHostKeyOptions(arguments, settings);
-    addForwardAgent(arguments, server);
-    addTerminal(arguments, includeTerminal);
-    addDestination(arguments, server, command);
+    addEnding(arguments, server, command, includeTerminal);
     return arguments;
 }
 
@@ -178,9 +176,7 @@ QStringList PooledConnectionStrategy::buildArguments(const Server &server, const
     QStringList arguments{u"-S"_s, m_controlPath};
     addOption(arguments, u"LogLevel="_s + logLevel);
     addOption(arguments, u"ControlMaster=no"_s);
-    addForwardAgent(arguments, server);
-    addTerminal(arguments, includeTerminal);
-    addDestination(arguments, server, command);
+    addEnding(arguments, server, command, includeTerminal);
     return arguments;
 }
 
