@@ -65,6 +65,7 @@ std::string find(const std::string &program)
 std::vector<char *> pointers(std::vector<std::string> &texts)
 {
     std::vector<char *> result;
+    result.reserve(texts.size() + 1);
     for (std::string &each : texts) {
         result.push_back(each.data());
     }

@@ -168,7 +168,7 @@ uint16_t level(const Level (&levels)[Count], double intensity)
         value = below.value +
                 (intensity - below.intensity) / (above->intensity - below.intensity) * (above->value - below.value);
     }
-    return static_cast<uint16_t>(static_cast<int>(value + 0.5) * 0x101);
+    return static_cast<uint16_t>(std::lround(value) * 0x101);
 }
 
 Vector fromLab(double l, double a, double b)
