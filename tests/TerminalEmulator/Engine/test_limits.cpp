@@ -80,7 +80,12 @@ void TestLimits::manyTitlesAndLinks()
     Scene scene;
     for (int count = 0; count < 20'000; ++count) {
         const std::string n = std::to_string(count);
-        scene.feed("\x1b]2;" + n + "\x07\x1b[22t\x1b]133;A\x07\x1b[>1u\x1b[#{\x1b]9;" + n + "\x07");
+        std::string bytes = "\x1b]2;";
+        bytes += n;
+        bytes += "\x07\x1b[22t\x1b]133;A\x07\x1b[>1u\x1b[#{\x1b]9;";
+        bytes += n;
+        bytes += "\x07";
+        scene.feed(bytes);
     }
     QCOMPARE(scene.terminal.title(), std::string("19999"));
     QVERIFY(scene.terminal.marks().size() <= 20'000);
