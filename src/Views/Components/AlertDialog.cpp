@@ -15,12 +15,9 @@ constexpr int kMargin = 24;
 } // namespace
 
 AlertDialog::AlertDialog(const Theme &theme, const Content &content, QWidget *parent)
-    : QDialog(parent)
+    : ModalWindow(theme, content.title, parent)
     , m_safeButton(content.safeButton)
 {
-    setAttribute(Qt::WA_DeleteOnClose);
-    setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
-    setWindowTitle(content.title);
     setAccessibleDescription(content.text);
 
     auto *title = new TextLabel(theme, TextStyle::Title, content.title, TextLabel::Shade::Text, this);

@@ -1,16 +1,15 @@
 #pragma once
 
+#include "Views/Components/ModalWindow.h"
 #include "Views/Theme/TarnwellStyle.h"
 
-#include <QDialog>
 #include <QList>
 
 class QPushButton;
-class Theme;
 
 /// A question in a window-modal sheet: a title, plain text, more widgets if need be, and buttons from left to right.
 /// It is shown with open() and deletes itself when it is closed.
-class AlertDialog : public QDialog
+class AlertDialog : public ModalWindow
 {
     Q_OBJECT
 

@@ -32,6 +32,8 @@ FontSpec specOf(TextStyle style)
         return {11.5, QFont::Medium};
     case TextStyle::Tag:
         return {10.5};
+    case TextStyle::Heading:
+        return {15, QFont::Bold};
     case TextStyle::Title:
         return {18, QFont::Bold};
     case TextStyle::Number:

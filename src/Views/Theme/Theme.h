@@ -16,6 +16,7 @@ enum class TextStyle {
     Small,    ///< 12 px: a second line in a row, footers
     Caption,  ///< 11.5 px: pills and table heads
     Tag,      ///< 10.5 px: labels of a server
+    Heading,  ///< 15 px bold: the title of a sheet
     Title,    ///< 18 px bold: what a page is about
     Number,   ///< 22 px bold: the figure of a card
     Mono      ///< 12 px monospaced: paths, images, commands, log lines

@@ -29,6 +29,7 @@ constexpr Tokens kLight{
     .dim = rgb(0x5F6C7B),
     .faint = rgb(0x8C98A6),
     .onAccent = rgb(0xFFFFFF),
+    .scrim = QColor(10, 16, 24, 107),
     // Where the colour itself is too pale for words on its soft ground, the words are a shade darker.
     .accent = tone(0x0B7285, 0xDDF1F4),
     .green = tone(0x2B8A4B, 0xDFF3E5, 0x267942),
@@ -50,6 +51,7 @@ constexpr Tokens kDark{
     .dim = rgb(0x9AA7B5),
     .faint = rgb(0x6F7D8C),
     .onAccent = rgb(0x06222A),
+    .scrim = QColor(0, 0, 0, 128),
     .accent = tone(0x3FB8CB, 0x12343B),
     .green = tone(0x58C27D, 0x16321F),
     .red = tone(0xF07878, 0x3B1C1E),

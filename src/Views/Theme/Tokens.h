@@ -23,6 +23,7 @@ struct Tokens {
     QColor dim;   ///< labels
     QColor faint; ///< decoration and disabled words; never the only carrier of information
     QColor onAccent;
+    QColor scrim; ///< laid over a window below a sheet; not opaque
 
     Tone accent;
     Tone green;
