@@ -1,0 +1,96 @@
+#pragma once
+
+#include "TerminalEmulator/Engine/Terminal.h"
+#include "TerminalEmulator/View/Feeder.h"
+#include "TerminalEmulator/View/ScreenImage.h"
+#include "TerminalEmulator/View/TerminalWidget.h"
+
+#include <QBasicTimer>
+#include <QElapsedTimer>
+#include <QTimer>
+
+class QPainter;
+
+namespace vt
+{
+
+/// What a TerminalWidget is made of.
+struct TerminalWidget::State {
+    static constexpr int SyncTimeout = 150;  ///< milliseconds the application may hold its output back
+    static constexpr int ResizeDelay = 25;   ///< milliseconds a size must stand before it counts
+    static constexpr int BellDuration = 100; ///< milliseconds of the visual bell
+    static constexpr int BellPause = 600;    ///< milliseconds between two of them
+
+    explicit State(TerminalWidget *owner);
+
+    // ---- output, in TerminalWidget.cpp
+    void consume(std::string_view bytes);
+    void send(const std::string &bytes);
+    void handle(const Event &event);
+
+    // ---- size and look, in TerminalWidget.cpp
+    void makeFont();
+    void applyColors();
+    void applySize();
+    void setGrid(int columns, int rows);
+    QRect gridRect() const; ///< in device pixels
+    QRect cellRect(int row, int column, int columns = 1) const;
+    QRegion toWidget(const QRegion &device) const;
+
+    // ---- frames and painting, in TerminalPainting.cpp
+    void requestFrame();
+    void frame();
+    void invalidate();
+    void paint(QPainter &painter, const QRegion &region);
+    void paintCursor(QPainter &painter);
+    void paintPreedit(QPainter &painter);
+    std::vector<RowMark> marks(int64_t line) const;
+    QRect
+    cursorRect() const; ///< where the cursor was last drawn or is to be drawn, in device pixels; empty if unseen
+    void touchCursor();
+    void updateBlinking();
+    void showCursor(); ///< as if it had just begun to blink
+
+    // ---- place, in TerminalPainting.cpp
+    int64_t topLine() const;
+    void scrollTo(int64_t top);
+
+    // ---- keys, in TerminalInput.cpp
+    bool run(const QKeyEvent &event);
+    void typed();
+
+    TerminalWidget *const widget;
+    Terminal terminal;
+    TerminalDelegate *delegate = nullptr;
+    Feeder feeder;
+
+    QFont font;
+    qreal baseSize = 0; ///< points, without zoom
+    qreal lineHeight = 1.05;
+    TerminalColors colors;
+    ViewColors viewColors;
+    std::unique_ptr<CellFont> cells;
+    std::unique_ptr<RowPainter> painter;
+    ScreenImage screen;
+    QString title;
+
+    bool follows = true; ///< shows the end
+    int64_t top = 0;     ///< line of the first row on show, unless it follows
+    uint32_t reflows = 0;
+
+    QTimer frameTimer;
+    QElapsedTimer sinceFrame;
+    QElapsedTimer heldBack; ///< runs while the application holds its output back
+    QTimer resizeTimer;
+    QBasicTimer blinkTimer;
+    bool blinkPhase = true; ///< shown
+    QTimer bellTimer;
+    QElapsedTimer sinceBell;
+
+    QRect drawnCursor; ///< device pixels, where the cursor may be on the screen
+    QString preedit;
+    int preeditCursor = 0;
+    QPoint wheelRest; ///< of angle or pixels that made no whole row
+};
+
+} // namespace vt
