@@ -3,6 +3,8 @@
 #include "Models/ServerStore.h"
 #include "Views/Components/PlainText.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -27,26 +29,101 @@ QStringList labels(const Server &server)
 ServerListModel::ServerListModel(ServerStore &store, QObject *parent)
     : QAbstractListModel(parent)
     , m_store(store)
-    , m_count(static_cast<int>(store.servers().size()))
+    , m_rows(filteredServers())
 {
-    connect(&store, &ServerStore::serversAdded, this, [this](qsizetype first, qsizetype count) {
-        beginInsertRows({}, static_cast<int>(first), static_cast<int>(first + count - 1));
-        m_count += static_cast<int>(count);
+    connect(&store, &ServerStore::serversAdded, this, &ServerListModel::rowsCame);
+    connect(&store, &ServerStore::serverRemoved, this, &ServerListModel::rowWent);
+    connect(&store, &ServerStore::serverUpdated, this, &ServerListModel::rowDiffers);
+}
+
+QList<int> ServerListModel::filteredServers()
+{
+    QList<int> rows;
+    for (int row = 0; row < m_store.servers().size(); ++row) {
+        if (m_search.matches(row, m_store.servers().at(row))) {
+            rows.append(row);
+        }
+    }
+    return rows;
+}
+
+void ServerListModel::setSearchText(const QString &text)
+{
+    if (text == m_search.text()) {
+        return;
+    }
+    m_search.setText(text);
+    QList<int> rows = filteredServers();
+    if (rows != m_rows) {
+        beginResetModel();
+        m_rows = std::move(rows);
+        endResetModel();
+    }
+}
+
+// Where the store's row stands among those on show, or would stand.
+qsizetype ServerListModel::positionOf(qsizetype storeRow) const
+{
+    return std::ranges::lower_bound(m_rows, storeRow) - m_rows.begin();
+}
+
+void ServerListModel::rowsCame(qsizetype first, qsizetype count)
+{
+    m_search.rowsInserted(first, count);
+    QList<int> rows;
+    for (qsizetype row = first; row < first + count; ++row) {
+        if (m_search.matches(row, m_store.servers().at(row))) {
+            rows.append(static_cast<int>(row));
+        }
+    }
+    if (!rows.isEmpty()) { // the store appends only
+        const int end = rowCount();
+        beginInsertRows({}, end, end + static_cast<int>(rows.size()) - 1);
+        m_rows += rows;
         endInsertRows();
-    });
-    connect(&store, &ServerStore::serverRemoved, this, [this](qsizetype index) {
-        m_removing = static_cast<int>(index);
-        beginRemoveRows({}, m_removing, m_removing);
-        --m_count;
-        m_removing = -1;
+    }
+}
+
+void ServerListModel::rowWent(qsizetype storeRow)
+{
+    m_search.rowRemoved(storeRow);
+    const qsizetype position = positionOf(storeRow);
+    const bool isShown = position < m_rows.size() && m_rows.at(position) == storeRow;
+    for (qsizetype i = isShown ? position + 1 : position; i < m_rows.size(); ++i) {
+        --m_rows[i];
+    }
+    if (isShown) {
+        m_rows[position] = -1;
+        const int row = static_cast<int>(position);
+        beginRemoveRows({}, row, row);
+        m_rows.removeAt(position);
         endRemoveRows();
-    });
-    connect(&store, &ServerStore::serverUpdated, this, &ServerListModel::rowChanged);
+    }
+}
+
+void ServerListModel::rowDiffers(qsizetype storeRow)
+{
+    m_search.rowChanged(storeRow);
+    const qsizetype position = positionOf(storeRow);
+    const int row = static_cast<int>(position);
+    const bool wasShown = position < m_rows.size() && m_rows.at(position) == storeRow;
+    const bool matches = m_search.matches(storeRow, m_store.servers().at(storeRow));
+    if (wasShown && matches) {
+        rowChanged(storeRow);
+    } else if (wasShown) {
+        beginRemoveRows({}, row, row);
+        m_rows.removeAt(position);
+        endRemoveRows();
+    } else if (matches) {
+        beginInsertRows({}, row, row);
+        m_rows.insert(position, static_cast<int>(storeRow));
+        endInsertRows();
+    }
 }
 
 int ServerListModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : m_count;
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
 }
 
 ServerListModel::State ServerListModel::stateOf(const Server &server) const
@@ -58,10 +135,8 @@ ServerListModel::State ServerListModel::stateOf(const Server &server) const
 
 const Server *ServerListModel::serverAt(int row) const
 {
-    if (m_removing >= 0 && row >= m_removing) {
-        row = row == m_removing ? -1 : row - 1;
-    }
-    return row >= 0 && row < m_store.servers().size() ? &m_store.servers().at(row) : nullptr;
+    const int storeRow = m_rows.value(row, -1);
+    return storeRow >= 0 && storeRow < m_store.servers().size() ? &m_store.servers().at(storeRow) : nullptr;
 }
 
 QVariant ServerListModel::data(const QModelIndex &index, int role) const
@@ -107,16 +182,19 @@ void ServerListModel::setConnecting(const QUuid &id)
     }
 }
 
-void ServerListModel::rowChanged(qsizetype row)
+void ServerListModel::rowChanged(qsizetype storeRow)
 {
-    if (row >= 0) {
-        const QModelIndex changed = index(static_cast<int>(row));
+    const qsizetype position = positionOf(storeRow);
+    if (storeRow >= 0 && position < m_rows.size() && m_rows.at(position) == storeRow) {
+        const QModelIndex changed = index(static_cast<int>(position));
         Q_EMIT dataChanged(changed, changed);
     }
 }
 
 QModelIndex ServerListModel::indexOf(const QUuid &id) const
 {
-    const qsizetype row = m_store.indexOf(id);
-    return row < 0 ? QModelIndex() : index(static_cast<int>(row));
+    const qsizetype storeRow = m_store.indexOf(id);
+    const qsizetype position = positionOf(storeRow);
+    const bool isShown = storeRow >= 0 && position < m_rows.size() && m_rows.at(position) == storeRow;
+    return isShown ? index(static_cast<int>(position)) : QModelIndex();
 }

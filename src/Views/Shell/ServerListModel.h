@@ -1,12 +1,14 @@
 #pragma once
 
+#include "Views/Shell/ServerSearch.h"
+
 #include <QAbstractListModel>
 #include <QUuid>
 
 class ServerStore;
 struct Server;
 
-/// The store's servers as rows, in its order.
+/// The store's servers that match the search, as rows in its order.
 class ServerListModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -32,15 +34,26 @@ public:
     /// The one server that a connection is being made to; null for none.
     void setConnecting(const QUuid &id);
 
+    /// Not valid for a server that is not there, or that the search leaves out.
     QModelIndex indexOf(const QUuid &id) const;
+
+    /// What rows have to match; empty for all. A reset, if it makes a difference.
+    void setSearchText(const QString &text);
+
+    QString searchText() const { return m_search.text(); }
 
 private:
     const Server *serverAt(int row) const;
     State stateOf(const Server &server) const;
-    void rowChanged(qsizetype row);
+    QList<int> filteredServers();
+    qsizetype positionOf(qsizetype storeRow) const;
+    void rowsCame(qsizetype first, qsizetype count);
+    void rowWent(qsizetype storeRow);
+    void rowDiffers(qsizetype storeRow);
+    void rowChanged(qsizetype storeRow);
 
     ServerStore &m_store;
-    int m_count;         // of rows that views know of
-    int m_removing = -1; // a row that views still know of, and the store no longer has
+    ServerSearch m_search;
+    QList<int> m_rows; // the store's rows that are on show, ascending; -1 for one that is about to go
     QUuid m_connecting;
 };

@@ -1,32 +1,70 @@
 #include "Views/Shell/ServerListView.h"
 
 #include "Models/ServerStore.h"
+#include "Views/Components/AlertDialog.h"
 #include "Views/Components/Labels.h"
+#include "Views/Components/PlainText.h"
+#include "Views/Shell/ListMessage.h"
 #include "Views/Shell/ServerListModel.h"
 #include "Views/Shell/ServerRowDelegate.h"
+#include "Views/Theme/Icons.h"
 
+#include <QAction>
+#include <QContextMenuEvent>
 #include <QHBoxLayout>
+#include <QLineEdit>
 #include <QListView>
+#include <QMenu>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <QToolTip>
 #include <QVBoxLayout>
 #include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 namespace
 {
 
 constexpr int kRestMs = 200;
+constexpr int kMargin = 12;
+constexpr qsizetype kLongestQuotedText = 120;
+
+const QColor &dimColor(const Theme &theme)
+{
+    return theme.tokens().dim;
+}
+
+QString quoted(const QString &text)
+{
+    const QString line = PlainText::oneLine(text);
+    return line.size() > kLongestQuotedText ? line.left(kLongestQuotedText) + u'…' : line;
+}
 
 } // namespace
 
 ServerListView::ServerListView(const Theme &theme, ServerStore &store, QWidget *parent)
     : Panel(theme, &Tokens::side, {}, parent)
+    , m_theme(theme)
     , m_store(store)
     , m_model(new ServerListModel(store, this))
+    , m_search(new QLineEdit(this))
     , m_list(new QListView(this))
+    , m_delegate(new ServerRowDelegate(theme, m_list))
+    , m_message(new ListMessage(theme, this))
+    , m_pages(new QStackedLayout)
     , m_total(new TextLabel(theme, TextStyle::Small, {}, TextLabel::Shade::Dim, this))
     , m_connected(new TextLabel(theme, TextStyle::Small, {}, TextLabel::Shade::Dim, this))
 {
+    m_search->setPlaceholderText(tr("Search servers, labels (key:value)..."));
+    m_search->setAccessibleName(tr("Search servers"));
+    m_search->setToolTip(tr("Search servers, labels (key:value)..."));
+    m_search->setClearButtonEnabled(true);
+    m_search->addAction(Icons::icon(IconName::Search, theme, dimColor), QLineEdit::LeadingPosition);
+    m_search->installEventFilter(this);
+
     m_list->setModel(m_model);
-    m_list->setItemDelegate(new ServerRowDelegate(theme, m_list));
+    m_list->setItemDelegate(m_delegate);
     m_list->setAccessibleName(tr("Servers"));
     m_list->setFrameShape(QFrame::NoFrame);
     m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
@@ -34,6 +72,35 @@ ServerListView::ServerListView(const Theme &theme, ServerStore &store, QWidget *
     m_list->setMouseTracking(true);
     m_list->viewport()->setAutoFillBackground(false);
     m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_list->installEventFilter(this);
+    m_list->viewport()->installEventFilter(this);
+    setFocusProxy(m_list);
+
+    layOut(theme);
+    connectList();
+    connect(m_search, &QLineEdit::textChanged, m_model, &ServerListModel::setSearchText);
+    connect(m_search, &QLineEdit::textChanged, this, &ServerListView::showState);
+    connect(&m_message->button(), &QPushButton::clicked, m_search, [this] {
+        m_search->clear();
+        m_search->setFocus();
+    });
+    connect(&store, &ServerStore::selectedServerChanged, this, &ServerListView::followSelection);
+    connect(&store, &ServerStore::serversAdded, this, &ServerListView::showState);
+    connect(&store, &ServerStore::serverUpdated, this, &ServerListView::showState);
+    connect(&store, &ServerStore::serverRemoved, this, &ServerListView::showState);
+    connect(&store, &ServerStore::importErrorChanged, this, &ServerListView::showImportError);
+    showState();
+}
+
+void ServerListView::layOut(const Theme &theme)
+{
+    auto *bar = new QHBoxLayout;
+    bar->setContentsMargins(kMargin, kMargin, kMargin, 8);
+    bar->setSpacing(8);
+    bar->addWidget(m_search, 1);
+
+    m_pages->addWidget(m_list);
+    m_pages->addWidget(m_message);
 
     auto *footer = new Panel(theme, &Tokens::side, Qt::TopEdge, this);
     auto *counts = new QHBoxLayout(footer);
@@ -43,22 +110,165 @@ ServerListView::ServerListView(const Theme &theme, ServerStore &store, QWidget *
     counts->addWidget(m_connected);
 
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 8, 0, 0);
+    column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    column->addWidget(m_list, 1);
+    column->addLayout(bar);
+    column->addLayout(m_pages, 1);
     column->addWidget(footer);
+}
 
+void ServerListView::connectList()
+{
     m_rest.setSingleShot(true);
     m_rest.setInterval(kRestMs);
-    connect(&m_rest, &QTimer::timeout, this, &ServerListView::selectCurrent);
+    connect(&m_rest, &QTimer::timeout, this, [this] {
+        // A list that gets the keyboard makes its first row the current one, without selecting it.
+        if (m_list->selectionModel()->isSelected(m_list->currentIndex())) {
+            selectCurrent();
+        }
+    });
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, &m_rest, qOverload<>(&QTimer::start));
     connect(m_list, &QListView::clicked, this, &ServerListView::selectCurrent);
     connect(m_list, &QListView::activated, this, &ServerListView::selectCurrent);
-    connect(&store, &ServerStore::selectedServerChanged, this, &ServerListView::followSelection);
-    connect(&store, &ServerStore::serversAdded, this, &ServerListView::updateCounts);
-    connect(&store, &ServerStore::serverUpdated, this, &ServerListView::updateCounts);
-    connect(&store, &ServerStore::serverRemoved, this, &ServerListView::updateCounts);
-    updateCounts();
+    // Where the current row goes, the list makes a neighbour the current one. Nobody has chosen that.
+    connect(m_model, &ServerListModel::rowsRemoved, this, &ServerListView::dropPendingSelection);
+    connect(m_model, &ServerListModel::modelReset, this, &ServerListView::dropPendingSelection);
+}
+
+void ServerListView::focusSearch()
+{
+    m_search->setFocus(Qt::ShortcutFocusReason);
+    m_search->selectAll();
+}
+
+bool ServerListView::eventFilter(QObject *watched, QEvent *event)
+{
+    // A row whose menu is asked for is not selected by that: it would be connected to.
+    const bool isPress = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+    if (watched == m_list->viewport() && isPress) {
+        return static_cast<QMouseEvent *>(event)->button() == Qt::RightButton;
+    }
+    if (event->type() == QEvent::KeyPress) {
+        const auto *press = static_cast<QKeyEvent *>(event);
+        const bool isPlain = !(press->modifiers() & ~Qt::KeypadModifier);
+        return isPlain &&
+               ((watched == m_search && searchKey(press->key())) || (watched == m_list && listKey(press->key())));
+    }
+    return Panel::eventFilter(watched, event);
+}
+
+bool ServerListView::searchKey(int key)
+{
+    switch (key) {
+    case Qt::Key_Down:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (m_model->rowCount() > 0) {
+            if (!m_list->currentIndex().isValid()) {
+                m_list->setCurrentIndex(m_model->index(0));
+            }
+            m_list->setFocus(Qt::OtherFocusReason);
+            if (key != Qt::Key_Down) {
+                selectCurrent();
+            }
+        }
+        return true;
+    case Qt::Key_Escape:
+        if (m_search->text().isEmpty()) {
+            return false;
+        }
+        m_search->clear();
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool ServerListView::listKey(int key)
+{
+    const QModelIndex current = m_list->currentIndex();
+    if (key != Qt::Key_Delete || !current.isValid()) {
+        return false;
+    }
+    const QUuid id = current.data(ServerListModel::IdRole).toUuid();
+    const auto server = m_store.server(id);
+    if (server && server->isConnected) {
+        QToolTip::showText(m_list->viewport()->mapToGlobal(m_list->visualRect(current).bottomLeft()),
+                           tr("Cannot delete connected server"), m_list);
+    }
+    askToDelete(id);
+    return true;
+}
+
+void ServerListView::contextMenuEvent(QContextMenuEvent *event)
+{
+    QWidget *const viewport = m_list->viewport();
+    if (event->reason() == QContextMenuEvent::Keyboard) {
+        const QModelIndex current = m_list->currentIndex();
+        openMenu(current, viewport->mapToGlobal(m_list->visualRect(current).center()));
+    } else {
+        openMenu(m_list->indexAt(viewport->mapFromGlobal(event->globalPos())), event->globalPos());
+    }
+    event->accept();
+}
+
+void ServerListView::openMenu(const QModelIndex &index, const QPoint &place)
+{
+    const auto server = index.isValid() ? m_store.server(index.data(ServerListModel::IdRole).toUuid()) : std::nullopt;
+    if (!server || m_pages->currentWidget() != m_list) {
+        return;
+    }
+    m_menu = new QMenu(this);
+    m_menu->setAttribute(Qt::WA_DeleteOnClose);
+    m_menu->setToolTipsVisible(true);
+    QAction *remove = m_menu->addAction(Icons::icon(IconName::Delete, m_theme), tr("Delete server"), this,
+                                        [this, id = server->id] { askToDelete(id); });
+    remove->setEnabled(!server->isConnected);
+    remove->setToolTip(server->isConnected ? tr("Cannot delete connected server") : QString());
+    mark(index);
+    connect(m_menu, &QMenu::aboutToHide, this, [this] { mark({}); });
+    m_menu->popup(place);
+}
+
+void ServerListView::mark(const QModelIndex &index)
+{
+    m_delegate->setMarked(index);
+    m_list->viewport()->update();
+}
+
+void ServerListView::askToDelete(const QUuid &id)
+{
+    const auto server = m_store.server(id);
+    if (!server || server->isConnected || (m_question && m_question->isVisible())) {
+        return;
+    }
+    AlertDialog::Content content;
+    content.title = tr("Delete Server");
+    content.text = tr("Are you sure you want to delete server '%1'from the list?").arg(quoted(server->name));
+    content.buttons = {{tr("Cancel")}, {tr("Delete"), ButtonKind::Danger}};
+    m_question = new AlertDialog(m_theme, content, window());
+    connect(m_question, &AlertDialog::answered, this, [this, id](qsizetype button) {
+        const auto doomed = m_store.server(id);
+        if (button == 1 && doomed && !doomed->isConnected) {
+            m_store.deleteServer(*doomed);
+        }
+    });
+    m_question->open();
+}
+
+void ServerListView::showImportError()
+{
+    if (!m_store.showImportError() || (m_importError && m_importError->isVisible())) {
+        return;
+    }
+    const QString text = m_store.importError().value_or(QString());
+    AlertDialog::Content content;
+    content.title = tr("Import Error");
+    content.text = text.isEmpty() ? tr("An error occurred while importing SSH config") : text;
+    content.buttons = {{tr("OK")}};
+    m_importError = new AlertDialog(m_theme, content, window());
+    connect(m_importError, &AlertDialog::answered, this, [this] { m_store.setShowImportError(false); });
+    m_importError->open();
 }
 
 void ServerListView::selectCurrent()
@@ -68,6 +278,7 @@ void ServerListView::selectCurrent()
     if (!current.isValid()) {
         return;
     }
+    m_list->selectionModel()->select(current, QItemSelectionModel::ClearAndSelect);
     const QUuid id = current.data(ServerListModel::IdRole).toUuid();
     if (!m_store.selectedServer() || m_store.selectedServer()->id != id) {
         m_store.setSelectedServer(m_store.server(id));
@@ -84,15 +295,39 @@ void ServerListView::followSelection()
     }
 }
 
-void ServerListView::updateCounts()
+void ServerListView::dropPendingSelection()
+{
+    m_rest.stop();
+    followSelection();
+}
+
+void ServerListView::showState()
 {
     const QList<Server> &servers = m_store.servers();
+    const QString text = m_search->text();
     const auto connected = std::ranges::count_if(servers, &Server::isConnected);
-    m_total->setText(servers.size() == 1 ? tr("1 server") : tr("%L1 servers").arg(servers.size()));
+    m_total->setText(!text.isEmpty()       ? tr("%L1 of %L2 servers").arg(m_model->rowCount()).arg(servers.size())
+                     : servers.size() == 1 ? tr("1 server")
+                                           : tr("%L1 servers").arg(servers.size()));
     m_connected->setText(tr("%L1 connected").arg(connected));
+    if (m_model->rowCount() > 0) {
+        m_pages->setCurrentWidget(m_list);
+        return;
+    }
+    if (servers.isEmpty()) {
+        m_message->setMessage(tr("No Servers"), {}, {});
+    } else {
+        m_message->setMessage(tr("No Results"), tr("No servers match '%1'").arg(quoted(text)), tr("Clear Search"));
+    }
+    m_pages->setCurrentWidget(m_message);
 }
 
 QString ServerListView::footer() const
 {
     return m_total->text() + u' ' + m_connected->text();
+}
+
+QMenu *ServerListView::menu() const
+{
+    return m_menu;
 }

@@ -78,11 +78,12 @@ QColor ServerRowDelegate::dotColor(const QModelIndex &index) const
     return color;
 }
 
-void ServerRowDelegate::paintGround(QPainter &painter, const QStyleOptionViewItem &option, const QRect &ground) const
+void ServerRowDelegate::paintGround(QPainter &painter, const QStyleOptionViewItem &option, const QRect &ground,
+                                    bool isMarked) const
 {
     const Tokens &t = m_theme.tokens();
     const bool isSelected = option.state.testFlag(QStyle::State_Selected);
-    if (isSelected || option.state.testFlag(QStyle::State_MouseOver)) {
+    if (isSelected || isMarked || option.state.testFlag(QStyle::State_MouseOver)) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(isSelected ? t.accent.soft : t.soft);
         painter.drawRoundedRect(ground, kRadius, kRadius);
@@ -111,7 +112,7 @@ void ServerRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     const QRect ground = option.rect.marginsRemoved(kOuter);
-    paintGround(*painter, option, ground);
+    paintGround(*painter, option, ground, index == m_marked);
 
     const QRect inside = ground.marginsRemoved(kInner);
     const auto drawLine = [&](const QRect &rect, const QFont &font, const QColor &color, const QString &text) {

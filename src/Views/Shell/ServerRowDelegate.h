@@ -17,12 +17,16 @@ public:
     /// One of two sizes: with or without labels.
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 
+    /// The row that a menu is open for is painted like one that is pointed at.
+    void setMarked(const QModelIndex &index) { m_marked = index; }
+
 private:
-    void paintGround(QPainter &painter, const QStyleOptionViewItem &option, const QRect &ground) const;
+    void paintGround(QPainter &painter, const QStyleOptionViewItem &option, const QRect &ground, bool isMarked) const;
     void paintLabels(QPainter &painter, const QRect &line, const QStringList &labels) const;
     QColor dotColor(const QModelIndex &index) const;
 
     const Theme &m_theme;
+    QPersistentModelIndex m_marked;
     QFont m_nameFont;
     QFont m_addressFont;
     QFont m_labelFont;

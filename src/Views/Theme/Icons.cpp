@@ -41,6 +41,14 @@ QString fileOf(IconName name)
         return u"hdd-stack"_s;
     case IconName::Server:
         return u"hdd"_s;
+    case IconName::Search:
+        return u"search"_s;
+    case IconName::Add:
+        return u"plus-lg"_s;
+    case IconName::Edit:
+        return u"pencil"_s;
+    case IconName::Delete:
+        return u"trash"_s;
     case IconName::Clipboard:
         break;
     }
