@@ -1,5 +1,6 @@
 #include "Helpers/Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -96,6 +97,18 @@ bool FieldCutter::cut(QByteArrayView &rest, QByteArrayView &field)
     const qsizetype end = indexOf(rest, ' ');
     field = end < 0 ? rest : rest.first(end);
     rest = end < 0 ? QByteArrayView() : rest.sliced(end);
+    return true;
+}
+
+bool WordCutter::cut(QByteArrayView &rest, QByteArrayView &word)
+{
+    const auto *from = std::find_if_not(rest.begin(), rest.end(), isSpace);
+    if (from == rest.end()) {
+        return false;
+    }
+    const auto *to = std::find_if(from, rest.end(), isSpace);
+    word = QByteArrayView(from, to);
+    rest = QByteArrayView(to, rest.end());
     return true;
 }
 

@@ -92,6 +92,10 @@ struct FieldCutter {
     static bool cut(QByteArrayView &rest, QByteArrayView &field);
 };
 
+struct WordCutter {
+    static bool cut(QByteArrayView &rest, QByteArrayView &word);
+};
+
 /// The lines of `text`, without their line feed and one carriage return before it. The empty piece behind a final
 /// line feed is no line.
 inline Pieces<LineCutter> lines(QByteArrayView text)
@@ -103,6 +107,12 @@ inline Pieces<LineCutter> lines(QByteArrayView text)
 inline Pieces<FieldCutter> fields(QByteArrayView line)
 {
     return Pieces<FieldCutter>(line);
+}
+
+/// The pieces of `line` between runs of white space; none of them is empty.
+inline Pieces<WordCutter> words(QByteArrayView line)
+{
+    return Pieces<WordCutter>(line);
 }
 
 /// The first fields of a line.

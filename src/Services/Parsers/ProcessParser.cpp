@@ -1,6 +1,6 @@
 #include "Services/Parsers/ProcessParser.h"
 
-#include "Helpers/Text.h"
+#include "Services/Parsers/SharedText.h"
 
 namespace
 {
@@ -8,30 +8,12 @@ namespace
 // The columns of ps(1), "aux": USER PID %CPU %MEM VSZ RSS TTY STAT START TIME COMMAND.
 enum Column : size_t { User, Pid, Cpu, Memory, Rss = 5, Start = 8, ColumnsBeforeCommand = 10 };
 
-// Most processes of a server belong to a few users and take no share of anything: a text that the line before had in
-// the same column is shared with it.
-class SharedText
-{
-public:
-    QString of(QByteArrayView bytes)
-    {
-        if (bytes != m_bytes) {
-            m_bytes = bytes;
-            m_text = Text::fromUtf8(bytes);
-        }
-        return m_text;
-    }
-
-private:
-    QByteArrayView m_bytes;
-    QString m_text;
-};
-
 } // namespace
 
 QList<ProcessInfo> ProcessParser::parse(QByteArrayView output)
 {
     QList<ProcessInfo> processes;
+    // Most processes of a server belong to a few users and take no share of anything.
     SharedText user;
     SharedText cpu;
     SharedText memory;
