@@ -5,6 +5,7 @@
 #include "TerminalEmulator/Engine/Grid.h"
 #include "TerminalEmulator/Engine/History.h"
 #include "TerminalEmulator/Engine/Links.h"
+#include "TerminalEmulator/Engine/Locator.h"
 #include "TerminalEmulator/Engine/Modes.h"
 #include "TerminalEmulator/Engine/Palette.h"
 #include "TerminalEmulator/Engine/Parser.h"
@@ -94,6 +95,7 @@ public:
     Links m_links;
     History m_history;
     Palette m_palette;
+    Locator m_locator;
     std::string m_replies;
     std::vector<Event> m_events;
     std::deque<Mark> m_marks;
@@ -344,8 +346,10 @@ private:
     void pushColors(const Sequence &s);
     void popColors(const Sequence &s);
     void reportColors(const Sequence &s);
-    void locator(const Sequence &s);
-    void ignored(const Sequence &s);
+    void decelr(const Sequence &s);
+    void decsle(const Sequence &s);
+    void decefr(const Sequence &s);
+    void decrqlp(const Sequence &s);
     std::string cursorInformation() const;
     void decrqss(std::string_view what);
     void xtgettcap(std::string_view names);
@@ -363,10 +367,10 @@ private:
 
     // ---- Windows.cpp -----------------------------------------------------------------------------------------
     void windowOperation(const Sequence &s);
-    void geometryReport(int operation, int what);
+    void geometryReport(int operation);
     void titleReport(char kind, const std::string &text);
-    void pushTitle(int which);
-    void popTitle(int which);
+    void pushTitle(int which, int place);
+    void popTitle(int which, int place);
     void titleModes(const Sequence &s);
     void titleModesReset(const Sequence &s);
     void decslpp(const Sequence &s);

@@ -86,13 +86,12 @@ void Emulation::setMode(Mode which, bool on)
         store(which, on);
         return;
     case Mode::AltScreen1049:
-        if (on && !isAlternate()) {
+        // Entering twice saves and clears twice, leaving twice restores twice.
+        if (on && mode(Mode::AltScreenAllowed)) {
             saveCursor();
             setAlternate(true);
-            if (isAlternate()) {
-                eraseDisplay(2, Erase::Plain);
-            }
-        } else if (!on && isAlternate()) {
+            eraseDisplay(2, Erase::Plain);
+        } else if (!on && mode(Mode::AltScreenAllowed)) {
             setAlternate(false);
             restoreCursor();
         }
@@ -230,7 +229,8 @@ void Emulation::decrqm(const Sequence &s)
     replyCsi((s.prefix == '?' ? "?" : "") + std::to_string(number) + ';' + std::to_string(state) + "$y");
 }
 
-/// DECSCL: the VT level, 61 to 65, and whether answers have eight-bit controls. A soft reset goes with it.
+/// DECSCL: the VT level, 61 to 65, and unless the second number is 1, answers with eight-bit controls. A soft reset
+/// goes with it.
 void Emulation::decscl(const Sequence &s)
 {
     const int level = s.value(0) - 60;
@@ -239,7 +239,7 @@ void Emulation::decscl(const Sequence &s)
     }
     softReset();
     m_level = level;
-    m_eightBitReplies = level >= 2 && s.count >= 2 && s.value(1) != 1;
+    m_eightBitReplies = level >= 2 && s.value(1) != 1;
     m_parser.setEightBitControls(m_eightBitReplies);
 }
 

@@ -266,7 +266,6 @@ void Emulation::cup(const Sequence &s)
 void Emulation::cht(const Sequence &s)
 {
     tabForward(std::min(s.atLeastOne(0), columns()));
-    m_pendingWrap = false;
 }
 
 void Emulation::cbt(const Sequence &s)

@@ -145,11 +145,11 @@ void Emulation::decdsr(const Sequence &s)
         replyCsi(m_level >= 4 ? "?27;1;0;0n" : m_level >= 3 ? "?27;1;0n" : "?27;1n");
         break;
     case 53:
-    case 55: // locator: none
-        replyCsi("?53n");
+    case 55: // locator: ready
+        replyCsi("?50n");
         break;
-    case 56:
-        replyCsi("?57;0n");
+    case 56: // a mouse
+        replyCsi("?57;1n");
         break;
     case 62: // macro space, in units of 16 bytes
         replyCsi("0*{");
@@ -350,15 +350,28 @@ void Emulation::reportColors(const Sequence & /*s*/)
     replyCsi("?" + depth + ';' + depth + "#Q");
 }
 
-/// DECRQLP: there is no DEC locator.
-void Emulation::locator(const Sequence &s)
+void Emulation::decelr(const Sequence &s)
 {
-    if (s.final == '|') {
-        replyCsi("0&w");
+    m_locator.enable(s.value(0), s.value(1));
+    emitEvent({Event::Kind::ModesChanged, {}, {}});
+}
+
+void Emulation::decsle(const Sequence &s)
+{
+    for (int at = 0; at < std::max(s.count, 1); ++at) {
+        m_locator.select(s.value(at));
     }
 }
 
-void Emulation::ignored(const Sequence & /*s*/) {}
+void Emulation::decefr(const Sequence &s)
+{
+    m_locator.filter({s.value(0), s.value(1), s.value(2), s.value(3)});
+}
+
+void Emulation::decrqlp(const Sequence & /*s*/)
+{
+    replyCsi(m_locator.request());
+}
 
 /// DECRQSS: the setting a control function would make, as that function's own parameters.
 void Emulation::decrqss(std::string_view what)

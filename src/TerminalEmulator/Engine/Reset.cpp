@@ -78,6 +78,7 @@ void Emulation::fullReset()
     m_palette.reset();
     m_paletteStack.clear();
     m_titleModes = 0;
+    m_locator = {};
     m_statusDisplay = 0;
     m_naturalTop.reset();
     m_allDamaged = true;

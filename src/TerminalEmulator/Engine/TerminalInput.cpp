@@ -52,6 +52,10 @@ std::string Terminal::encodeMouse(const MouseEvent &event)
     if (tracking != MouseTracking::None) {
         return vt::encodeMouse(event, tracking, encodingOf(*m_emulation));
     }
+    if (m_emulation->m_locator.isEnabled()) {
+        const std::string report = m_emulation->m_locator.event(event);
+        return report.empty() ? report : "\x1b[" + report;
+    }
     const bool wheel = event.button == MouseButton::WheelUp || event.button == MouseButton::WheelDown;
     if (wheel && isAlternateScreen() && m_emulation->mode(Mode::AlternateScroll)) {
         KeyEvent key;
@@ -63,12 +67,12 @@ std::string Terminal::encodeMouse(const MouseEvent &event)
 
 bool Terminal::wantsMouse() const
 {
-    return trackingOf(*m_emulation) != MouseTracking::None;
+    return trackingOf(*m_emulation) != MouseTracking::None || m_emulation->m_locator.isEnabled();
 }
 
 bool Terminal::wantsMouseMotion() const
 {
-    return trackingOf(*m_emulation) == MouseTracking::Any;
+    return trackingOf(*m_emulation) == MouseTracking::Any || m_emulation->m_locator.isEnabled();
 }
 
 std::string Terminal::encodePaste(std::string_view text) const

@@ -90,21 +90,21 @@ void Emulation::windowOperation(const Sequence &s)
         maximize(m_window.fullScreen, true, true);
         break;
     case 22:
-        pushTitle(s.value(1));
+        pushTitle(s.value(1), s.value(2));
         break;
     case 23:
-        popTitle(s.value(1));
+        popTitle(s.value(1), s.value(2));
         break;
     default:
         if (operation >= 24) {
             requestSize(columns(), operation);
         } else {
-            geometryReport(operation, s.value(1));
+            geometryReport(operation);
         }
     }
 }
 
-void Emulation::geometryReport(int operation, int what)
+void Emulation::geometryReport(int operation)
 {
     const auto pair = [this](int kind, int first, int second) {
         replyCsi(std::to_string(kind) + ';' + std::to_string(first) + ';' + std::to_string(second) + 't');
@@ -140,7 +140,6 @@ void Emulation::geometryReport(int operation, int what)
     default:
         break;
     }
-    (void)what;
 }
 
 void Emulation::titleReport(char kind, const std::string &text)
@@ -162,9 +161,15 @@ void Emulation::titleReport(char kind, const std::string &text)
     replyOsc(body, false);
 }
 
-void Emulation::pushTitle(int which)
+/// `place`: 0 for the top of the stack, or the number of an entry, which is written or read where it is.
+void Emulation::pushTitle(int which, int place)
 {
-    if (which > 2) {
+    if (which > 2 || place > static_cast<int>(MaxTitles)) {
+        return;
+    }
+    if (place > 0) {
+        m_titleStack.resize(std::max(m_titleStack.size(), static_cast<size_t>(place)));
+        m_titleStack[static_cast<size_t>(place) - 1] = {m_title, m_iconName};
         return;
     }
     if (m_titleStack.size() >= MaxTitles) {
@@ -173,13 +178,15 @@ void Emulation::pushTitle(int which)
     m_titleStack.push_back({m_title, m_iconName});
 }
 
-void Emulation::popTitle(int which)
+void Emulation::popTitle(int which, int place)
 {
-    if (m_titleStack.empty() || which > 2) {
+    if (m_titleStack.empty() || which > 2 || place > static_cast<int>(m_titleStack.size())) {
         return;
     }
-    const SavedTitle saved = std::move(m_titleStack.back());
-    m_titleStack.pop_back();
+    const SavedTitle saved = m_titleStack[place > 0 ? static_cast<size_t>(place) - 1 : m_titleStack.size() - 1];
+    if (place <= 0) {
+        m_titleStack.pop_back();
+    }
     if (which != 2) {
         m_iconName = saved.iconName;
         emitEvent({Event::Kind::IconName, m_iconName, {}});

@@ -12,6 +12,7 @@ private Q_SLOTS:
     void mouse();
     void pasteCannotBreakOut();
     void focusIsToldOnRequest();
+    void theLocatorTellsWhatWasAskedFor();
 };
 
 namespace
@@ -172,6 +173,36 @@ void TestInput::focusIsToldOnRequest()
     QCOMPARE(scene.terminal.encodeFocus(true), std::string());
     scene.feed("\x1b[?1004h");
     QCOMPARE(Scene::visible(scene.terminal.encodeFocus(false)), "^[[O");
+}
+
+void TestInput::theLocatorTellsWhatWasAskedFor()
+{
+    using Action = vt::MouseEvent::Action;
+    Scene scene(40, 10);
+    const auto mouse = [&](Action action, vt::MouseButton button, int row, int column) {
+        return Scene::visible(scene.terminal.encodeMouse({action, button, column, row, column * 8, row * 16, 0}));
+    };
+    QVERIFY(!scene.terminal.wantsMouse());
+    scene.feed("\x1b[1'z");
+    QVERIFY(scene.terminal.wantsMouseMotion());
+    QCOMPARE(mouse(Action::Press, vt::MouseButton::Left, 2, 4), "");
+    QCOMPARE(scene.ask("\x1b['|"), "^[[1;4;3;5&w");
+    QCOMPARE(mouse(Action::Release, vt::MouseButton::Left, 2, 4), "");
+    scene.feed("\x1b[1;3'{");
+    QCOMPARE(mouse(Action::Press, vt::MouseButton::Middle, 3, 4), "^[[4;2;4;5&w");
+    QCOMPARE(mouse(Action::Release, vt::MouseButton::Middle, 3, 5), "^[[5;0;4;6&w");
+    // Leaving the rectangle is told once; a side that was left out is where the pointer is.
+    scene.feed("\x1b[2;3;;20'w");
+    QCOMPARE(mouse(Action::Motion, vt::MouseButton::None, 3, 19), "");
+    QCOMPARE(mouse(Action::Motion, vt::MouseButton::None, 4, 19), "^[[10;0;5;20&w");
+    QCOMPARE(mouse(Action::Motion, vt::MouseButton::None, 9, 39), "");
+    // In pixels, and once.
+    scene.feed("\x1b[2;1'z");
+    QCOMPARE(mouse(Action::Press, vt::MouseButton::Right, 1, 2), "^[[6;1;17;17&w");
+    QVERIFY(!scene.terminal.wantsMouse());
+    scene.feed("\x1b[1'z\x1b"
+               "c");
+    QVERIFY(!scene.terminal.wantsMouse());
 }
 
 QTEST_GUILESS_MAIN(TestInput)

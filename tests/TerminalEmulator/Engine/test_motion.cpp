@@ -48,6 +48,7 @@ void TestMotion::endsAt_data()
     row("tab", "\x1b[1;2H\t", "1;9");
     row("tabs end at the edge", "\x1b[9I", "1;20");
     row("a tab stops at the right margin", MARGINS "\x1b[1;10H\t", "1;12");
+    row("tabs at the edge keep the pending wrap", "\x1b[1;20Hx\ty\x1b[2;20Hx\x1b[Iy", "3;2");
     row("tab back", "\x1b[1;18H\x1b[2Z", "1;9");
     row("tab stop set", "\x1b[1;5H\x1bH\r\t", "1;5");
     row("tab stop cleared", "\x1b[1;9H\x1b[g\r\t", "1;17");

@@ -41,7 +41,7 @@ void TestReports::answers_data()
     row("\x1b[?7777$p", "^[[?7777;0$y");
     row("\x1b[62\"p\x1b[?6$p", "");
     row("\x1b[61\"p\x1b[?6n\x1b[65;1\"p\x1b[20$p", "^[[?1;1R^[[20;2$y");
-    row("\x1b[64\"p\x1b[?95h\x1b[?95$p", "^[[?95;0$y");
+    row("\x1b[64;1\"p\x1b[?95h\x1b[?95$p", "^[[?95;0$y");
     row("\x1b[1;3;4:3;38;5;77;48;2;1;2;3m\x1bP$qm\x1b\\", "^[P1$r0;1;3;4:3;38:5:77;48:2::1:2:3m^[\\");
     row("\x1b[2;4r\x1bP$qr\x1b\\", "^[P1$r2;4r^[\\");
     row("\x1b[?69h\x1b[2;4s\x1bP$qs\x1b\\", "^[P1$r2;4s^[\\");
@@ -81,6 +81,11 @@ void TestReports::answers_data()
     row("\x1b[4 tx\x1bP$q t\x1b\\", "^[P1$r4 t^[\\");
     row("\x1b[#P\x1b]4;1;#fff\x07\x1b[#Q\x1b[#R\x1b]4;1;?\x07", "^[[?0;0#Q^[]4;1;rgb:cdcd/0000/0000\\x07");
     row("\x1b[?60$p", "^[[?60;4$y");
+    row("\x1b[?53n\x1b[?56n", "^[[?50n^[[?57;1n");
+    row("\x1b['|\x1b[1'z\x1b['|\x1b[2'z\x1b['|\x1b['|", "^[[0&w^[[1;0;1;1&w^[[1;0;1;1&w^[[0&w");
+    row("\x1b[64\"p\x1b[5n", "\\x9b0n");
+    row("\x1b[64;1\"p\x1b[5n", "^[[0n");
+    row("\x1b[4;5H\x1b[?1049h\x1b[8;9H\x1b[?1049h\x1b[H\x1b[?1049l\x1b[6n\x1b[H\x1b[?1049l\x1b[6n", "^[[4;5R^[[4;5R");
     row("\x1b[x", "^[[2;1;1;128;128;1;0x");
 }
 
@@ -103,6 +108,10 @@ void TestReports::titlesAreToldOnlyIfAllowed()
     open.feed("\x1b]0;both\x07\x1b[22;0t\x1b]2;other\x1b\\");
     QCOMPARE(open.ask("\x1b[21t\x1b[20t"), "^[]lother^[\\^[]Lboth^[\\");
     QCOMPARE(open.ask("\x1b[23;0t\x1b[>1t\x1b[21t"), "^[]l626F7468^[\\");
+    open.feed("\x1b[>1T\x1b]2;third\x07\x1b[22;0;3t\x1b]2;other\x07\x1b[22;0t\x1b]2;x\x07\x1b[23;0;3t");
+    QCOMPARE(open.terminal.title(), std::string("third"));
+    open.feed("\x1b[23;0;9t\x1b[22;0;99t\x1b[23;2t");
+    QCOMPARE(open.terminal.title(), std::string("other"));
     // A title cannot carry anything that acts: control characters are no part of strings.
     open.feed("\x1b[>1T\x1b]2;a\rb\nc\x07");
     QCOMPARE(open.terminal.title(), std::string("abc"));
