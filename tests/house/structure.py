@@ -7,7 +7,7 @@ usage: structure.py [TREE]            checks TREE (default: the tree of this scr
 Floors, lowest first: Helpers, Models, Services, view models, Views, App. A file includes from its own floor and from
 those below. A file below src/Views is a view model when CMake builds it into tarnwell_viewmodels. The terminal
 emulator stands alone: its Engine is standard C++, the rest of it may use Qt and the Engine, and only src/Views/Terminal
-includes it.
+includes it; src/Services/Terminal has its pseudo terminal.
 """
 import re, sys, tempfile
 from pathlib import Path
@@ -18,6 +18,7 @@ SHARED = ["Components", "Theme"]
 SECTIONS_BELOW = {"Theme": [], "Components": ["Theme"]}
 SHELL = "Shell"  # owns navigation: includes every section, and none includes it
 EMULATOR_USERS = ["Views/Terminal"]
+PSEUDO_TERMINAL = ("TerminalEmulator/PseudoTerminal.h", "Services/Terminal/")  # no Qt: a service may have it as well
 EMULATOR_CHILD = ["TerminalEmulator/PseudoTerminal.cpp"]
 STARTS_PROCESSES = {  # what only these files may name
     r"\bQProcess\b": ["Services/Children/ChildProcess.h", "Services/Children/ChildProcess.cpp"],
@@ -68,7 +69,8 @@ class Tree:
     # --- one edge -----------------------------------------------------------------------------------------------
     def check_edge(self, name, position, target):
         if target.startswith("TerminalEmulator/") and not name.startswith("TerminalEmulator/"):
-            if not any(name.startswith(user + "/") for user in EMULATOR_USERS):
+            is_service = target == PSEUDO_TERMINAL[0] and name.startswith(PSEUDO_TERMINAL[1])
+            if not is_service and not any(name.startswith(user + "/") for user in EMULATOR_USERS):
                 self.fault(name, position, f'"{target}": only {", ".join(EMULATOR_USERS)} may include the emulator')
             return
         if name.startswith("TerminalEmulator/"):

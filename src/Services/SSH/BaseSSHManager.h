@@ -19,8 +19,8 @@ class SSHLauncher;
 /// Gives the newest copy of a server's record, which may have changed while a dialog was open; or nothing.
 using ServerRefresh = std::function<QCoro::Task<std::optional<Server>>()>;
 
-/// Holds the secrets of the session and proves that a server can be reached and logged in to. Lives as long as the
-/// process; main thread only.
+/// Holds the secrets of the session and proves that a server can be reached and logged in to. Outlives every task
+/// that it starts; main thread only.
 class BaseSSHManager : public QObject
 {
     Q_OBJECT
@@ -76,6 +76,8 @@ Q_SIGNALS:
 
 protected:
     void setKeychainAccessDenied(bool denied);
+
+    const SSHArgumentBuilder &sshArgumentBuilder() const { return m_sshArgumentBuilder; }
 
     Dependencies m_dependencies;
     QHash<QUuid, QString> m_sessionPasswords;

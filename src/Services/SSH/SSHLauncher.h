@@ -36,6 +36,11 @@ public:
     /// Runs the client to its end and tracks it meanwhile.
     QCoro::Task<ChildOutcome> run(SSHRun run);
 
+    /// For clients that are started elsewhere, on a terminal: where they are, and where they are to be entered.
+    const QString &sshPath() const { return m_sshPath; }
+
+    SSHProcessTracker &tracker() const { return m_tracker; }
+
     /// The environment of children that run commands. The client hands LC_* and LANG to the server (SendEnv,
     /// ssh_config(5)), and the parsers read English with decimal points.
     static QProcessEnvironment commandEnvironment(QProcessEnvironment base);
