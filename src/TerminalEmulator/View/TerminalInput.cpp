@@ -1,9 +1,11 @@
 #include "TerminalEmulator/View/KeyTranslation.h"
 #include "TerminalEmulator/View/TerminalWidgetState.h"
 
+#include <QClipboard>
+#include <QCursor>
+#include <QGuiApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
-#include <QWheelEvent>
 
 namespace vt
 {
@@ -38,6 +40,9 @@ bool TerminalWidget::focusNextPrevChild(bool next)
 
 void TerminalWidget::keyPressEvent(QKeyEvent *event)
 {
+    if (event->key() == Qt::Key_Control && underMouse()) {
+        m_state->hover(mapFromGlobal(QPointF(QCursor::pos())), true);
+    }
     if (m_state->run(*event)) {
         return;
     }
@@ -52,6 +57,9 @@ void TerminalWidget::keyPressEvent(QKeyEvent *event)
 
 void TerminalWidget::keyReleaseEvent(QKeyEvent *event)
 {
+    if (event->key() == Qt::Key_Control) {
+        m_state->hover({}, false);
+    }
     // A key that repeats comes up in between only on paper.
     if (!event->isAutoRepeat()) {
         m_state->send(m_state->terminal.encodeKey(toKeyEvent(*event)));
@@ -77,6 +85,16 @@ bool TerminalWidget::State::run(const QKeyEvent &event)
     }
     const int page = std::max(1, terminal.rows() - 1);
     switch (command) {
+    case ViewCommand::Copy:
+        widget->copy();
+        break;
+    case ViewCommand::Paste:
+        widget->paste();
+        break;
+    case ViewCommand::PasteSelection:
+        widget->pasteText(QGuiApplication::clipboard()->text(
+            QGuiApplication::clipboard()->supportsSelection() ? QClipboard::Selection : QClipboard::Clipboard));
+        break;
     case ViewCommand::Find:
         Q_EMIT widget->findRequested();
         break;
@@ -152,23 +170,6 @@ QVariant TerminalWidget::inputMethodQuery(Qt::InputMethodQuery query) const
     default:
         return QWidget::inputMethodQuery(query);
     }
-}
-
-// ---- wheel -------------------------------------------------------------------------------------------------------
-
-void TerminalWidget::wheelEvent(QWheelEvent *event)
-{
-    constexpr int RowsPerStep = 3;
-    constexpr int StepAngle = 120;
-    const bool exact = !event->pixelDelta().isNull();
-    QPoint &rest = m_state->wheelRest;
-    rest += exact ? event->pixelDelta() : event->angleDelta();
-    const int row =
-        exact ? std::max(1, qRound(m_state->cells->height() / devicePixelRatioF())) : StepAngle / RowsPerStep;
-    const int rows = rest.y() / row;
-    rest.ry() -= rows * row;
-    scrollBy(-rows);
-    event->accept();
 }
 
 } // namespace vt

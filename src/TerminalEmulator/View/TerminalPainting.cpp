@@ -28,6 +28,20 @@ void useDevicePixels(QPainter &painter)
     painter.setWorldTransform(QTransform::fromTranslate(corner.x(), corner.y()) * device.inverted());
 }
 
+/// What of a range lies on a line.
+void addMark(std::vector<RowMark> &marks, int64_t line, int columns, Position first, Position last, bool block,
+             RowMark::Kind kind)
+{
+    if (line < first.line || line > last.line) {
+        return;
+    }
+    const int from = block || line == first.line ? first.column : 0;
+    const int to = block || line == last.line ? last.column : columns - 1;
+    if (from <= to) {
+        marks.push_back({from, to, kind});
+    }
+}
+
 } // namespace
 
 // ---- frames ------------------------------------------------------------------------------------------------------
@@ -63,6 +77,10 @@ void TerminalWidget::State::frame()
     sinceFrame.start();
     const int64_t shown = screen.top();
     const Damage damage = terminal.takeDamage();
+    shownHits.clear();
+    if (finder.isActive()) {
+        shownHits = terminal.hits(topLine(), topLine() + terminal.rows() - 1);
+    }
     const QRegion changed =
         screen.update(terminal, *cells, *painter, topLine(), damage, [this](int64_t line) { return marks(line); });
     if (!changed.isEmpty()) {
@@ -70,6 +88,8 @@ void TerminalWidget::State::frame()
     }
     touchCursor();
     updateBlinking();
+    placeScrollBar();
+    announcer.note();
     if (shown != screen.top()) {
         Q_EMIT widget->scrollChanged();
     }
@@ -84,8 +104,21 @@ void TerminalWidget::State::invalidate()
 
 std::vector<RowMark> TerminalWidget::State::marks(int64_t line) const
 {
-    Q_UNUSED(line)
-    return {};
+    std::vector<RowMark> result;
+    const int columns = terminal.columns();
+    for (const SearchHit &hit : shownHits) {
+        const bool current = finder.current() && *finder.current() == hit;
+        addMark(result, line, columns, hit.first, hit.last, false,
+                current ? RowMark::Kind::CurrentHit : RowMark::Kind::Hit);
+    }
+    if (const std::optional<Selection> selected = terminal.selection()) {
+        addMark(result, line, columns, selected->first, selected->last, selected->kind == SelectionKind::Block,
+                RowMark::Kind::Selected);
+    }
+    if (hovered) {
+        addMark(result, line, columns, hovered->first, hovered->last, false, RowMark::Kind::Link);
+    }
+    return result;
 }
 
 // ---- place -------------------------------------------------------------------------------------------------------
@@ -100,6 +133,25 @@ void TerminalWidget::State::scrollTo(int64_t line)
 {
     top = std::clamp(line, terminal.firstLine(), terminal.screenTop());
     follows = top == terminal.screenTop();
+    placeScrollBar();
+    scrollBar->reveal();
+    requestFrame();
+}
+
+void TerminalWidget::State::placeScrollBar()
+{
+    const QRect room = widget->rect();
+    scrollBar->setGeometry(room.right() + 1 - OverlayScrollBar::Width, 0, OverlayScrollBar::Width, room.height());
+    scrollBar->setPlace(static_cast<int>(topLine() - terminal.firstLine()), terminal.historySize(), terminal.rows());
+}
+
+/// Scrolls a hit into sight, with some of what is around it.
+void TerminalWidget::State::reveal(const SearchHit &hit)
+{
+    const int64_t first = topLine();
+    if (hit.first.line < first || hit.first.line >= first + terminal.rows()) {
+        scrollTo(hit.first.line - terminal.rows() / 2);
+    }
     requestFrame();
 }
 
@@ -266,9 +318,9 @@ void TerminalWidget::State::paintPreedit(QPainter &canvas)
     int x = place.x();
     int caret = x;
     qsizetype from = 0;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, preedit);
+    QTextBoundaryFinder clusters(QTextBoundaryFinder::Grapheme, preedit);
     while (from < preedit.size()) {
-        const qsizetype to = finder.toNextBoundary();
+        const qsizetype to = clusters.toNextBoundary();
         if (to < 0) {
             break;
         }
@@ -313,6 +365,7 @@ void TerminalWidget::showEvent(QShowEvent *event)
 void TerminalWidget::hideEvent(QHideEvent *event)
 {
     QWidget::hideEvent(event);
+    m_state->hover({}, false);
     m_state->frameTimer.stop();
     m_state->blinkTimer.stop();
 }

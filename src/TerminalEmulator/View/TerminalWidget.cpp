@@ -1,10 +1,12 @@
 #include "TerminalEmulator/View/TerminalWidget.h"
 
+#include "TerminalEmulator/View/TerminalAccessible.h"
 #include "TerminalEmulator/View/TerminalWidgetState.h"
 
 #include <QEvent>
 #include <QFontDatabase>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QPalette>
 
 #include <algorithm>
@@ -58,7 +60,23 @@ TerminalWidget::State::State(TerminalWidget *owner)
     , terminal(options())
     , feeder([this](std::string_view bytes) { consume(bytes); }, [this] { Q_EMIT widget->outputWanted(); }, owner)
     , font(QFontDatabase::systemFont(QFontDatabase::FixedFont))
+    , finder(terminal, owner)
+    , announcer(owner)
 {
+    selectTimer.setInterval(SelectInterval);
+    scrollBar = new OverlayScrollBar(owner);
+    linkLabel = new QLabel(owner);
+    linkLabel->setTextFormat(Qt::PlainText);
+    linkLabel->setAutoFillBackground(true);
+    linkLabel->setContentsMargins(8, 3, 8, 3);
+    linkLabel->hide();
+    QObject::connect(&selectTimer, &QTimer::timeout, owner, [this] { scrollWhileSelecting(); });
+    QObject::connect(scrollBar, &QAbstractSlider::valueChanged, owner,
+                     [this](int value) { scrollTo(terminal.firstLine() + value); });
+    QObject::connect(&finder, &Finder::changed, owner, [this] {
+        requestFrame();
+        Q_EMIT widget->searchChanged(finder.count(), finder.index());
+    });
     baseSize = font.pointSizeF() > 0 ? font.pointSizeF() : 10;
     font.setPointSizeF(baseSize);
     for (QTimer *each : {&frameTimer, &resizeTimer, &bellTimer}) {
@@ -81,7 +99,9 @@ TerminalWidget::TerminalWidget(QWidget *parent)
     setAttribute(Qt::WA_KeyCompression, false);
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
+    setAcceptDrops(true);
     setCursor(Qt::IBeamCursor);
+    TerminalAccessible::install();
     setContentsMargins(12, 8, 12, 8);
     setAccessibleName(tr("Terminal"));
     m_state->applyColors();
@@ -160,6 +180,7 @@ void TerminalWidget::State::consume(std::string_view bytes)
     for (const Event &event : terminal.takeEvents()) {
         handle(event);
     }
+    finder.noteOutput();
     requestFrame();
 }
 
@@ -190,6 +211,9 @@ void TerminalWidget::State::handle(const Event &event)
         break;
     case Event::Kind::Notification:
         Q_EMIT widget->notified(plainText(event.target, MaxTitle), plainText(event.text, 1024));
+        break;
+    case Event::Kind::ClipboardWrite:
+        writeClipboard(event.text, event.target);
         break;
     case Event::Kind::Resized:
         invalidate();
@@ -368,6 +392,11 @@ void TerminalWidget::State::applyColors()
     viewColors.hit = dark ? QColor(0xb8, 0x8a, 0x1e) : QColor(0xff, 0xe0, 0x8a);
     viewColors.currentHit = QColor(0xff, 0x9b, 0x3d);
     viewColors.hitText = QColor(0x14, 0x16, 0x1a);
+    scrollBar->setColor(text);
+    QPalette label;
+    label.setColor(QPalette::Window, mixed(text, base, 0.12));
+    label.setColor(QPalette::WindowText, text);
+    linkLabel->setPalette(label);
     invalidate();
 }
 
@@ -375,6 +404,43 @@ void TerminalWidget::redisplay()
 {
     m_state->invalidate();
     update();
+}
+
+// ---- search ------------------------------------------------------------------------------------------------------
+
+bool TerminalWidget::setSearch(const SearchQuery &query)
+{
+    const bool good = m_state->finder.set(query);
+    // What is on show is searched from its end backwards: the newest is what one looks for.
+    const int64_t last = m_state->topLine() + rows() - 1;
+    if (m_state->finder.isActive() && m_state->finder.move(false, {last, columns()})) {
+        m_state->reveal(*m_state->finder.current());
+    }
+    return good;
+}
+
+void TerminalWidget::findNext()
+{
+    if (m_state->finder.move(true, {m_state->topLine(), 0})) {
+        m_state->reveal(*m_state->finder.current());
+    }
+}
+
+void TerminalWidget::findPrevious()
+{
+    if (m_state->finder.move(false, {m_state->topLine() + rows() - 1, columns()})) {
+        m_state->reveal(*m_state->finder.current());
+    }
+}
+
+int TerminalWidget::hitCount() const
+{
+    return m_state->finder.count();
+}
+
+int TerminalWidget::currentHit() const
+{
+    return m_state->finder.index();
 }
 
 // ---- state -------------------------------------------------------------------------------------------------------
@@ -397,6 +463,17 @@ void TerminalWidget::scrollBy(int rows)
 QString TerminalWidget::title() const
 {
     return m_state->title;
+}
+
+QRect TerminalWidget::cellRect(int row, int column) const
+{
+    return m_state->toWidget(m_state->cellRect(row, column)).boundingRect();
+}
+
+QPoint TerminalWidget::cellAt(QPoint point) const
+{
+    const Position at = m_state->positionAt(point);
+    return {at.column, static_cast<int>(at.line - m_state->topLine())};
 }
 
 const Terminal &TerminalWidget::terminal() const

@@ -14,6 +14,8 @@ namespace vt
 {
 
 class Terminal;
+struct Position;
+struct SearchQuery;
 
 /// Colours of a terminal. What is left out follows from foreground and background.
 struct TerminalColors {
@@ -90,9 +92,37 @@ public:
     void scrollTo(int rowsFromEnd);
     void scrollBy(int rows); ///< positive: towards the end
 
+    // ---- selection and clipboard -----------------------------------------------------------------------------
+    bool hasSelection() const;
+    QString selectedText() const;
+    void selectAll();
+    void clearSelection();
+    /// Into the clipboard; nothing happens without a selection.
+    void copy();
+    /// From the clipboard, by pasteText().
+    void paste();
+    /// Sends a text as if typed. One that a shell would run at once is asked about first.
+    void pasteText(const QString &text);
+    /// Clears the scrollback and what stands above the line of the cursor, which stays: it may be a prompt.
+    void clear();
+
+    // ---- search ----------------------------------------------------------------------------------------------
+    /// What to look for in the whole buffer; all hits are marked, and the last one is gone to. An empty text ends the
+    /// search. False if the regular expression cannot be read.
+    bool setSearch(const SearchQuery &query);
+    void findNext(); ///< towards the end, and round
+    void findPrevious();
+    int hitCount() const;   ///< grows while the buffer is looked through, at most 100,000
+    int currentHit() const; ///< from 1; 0: none
+
     // ---- state -----------------------------------------------------------------------------------------------
     /// What the application calls its window: plain text without control characters.
     QString title() const;
+    /// A cell on show, row 0 at the top, in the widget's coordinates; and the column and row nearest to a point.
+    QRect cellRect(int row, int column) const;
+    QPoint cellAt(QPoint point) const;
+    /// Selects from one place to another, both inside.
+    void select(Position first, Position last);
     /// The engine, to be read.
     const Terminal &terminal() const;
 
@@ -108,10 +138,13 @@ Q_SIGNALS:
     /// The application asks for attention. Plain text; the title may be empty.
     void notified(const QString &title, const QString &text);
     void scrollChanged();
+    void selectionChanged();
+    /// Hits were counted or another is the current one.
+    void searchChanged(int hits, int current);
     /// By setTerminalFont() or zoom: the size in points.
     void fontSizeChanged(qreal points);
-    /// An address was clicked with Control held, or chosen from the menu: http, https, ftp, mailto or file. The host
-    /// opens it.
+    /// An address was clicked with Control held, or chosen from the menu: http, https, ftp or mailto. The host opens
+    /// it.
     void linkActivated(const QUrl &url);
     /// Ctrl+Shift+F or the context menu.
     void findRequested();
@@ -131,6 +164,14 @@ protected:
     void keyReleaseEvent(QKeyEvent *event) override;
     void inputMethodEvent(QInputMethodEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
     struct State;

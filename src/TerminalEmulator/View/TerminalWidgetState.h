@@ -2,13 +2,17 @@
 
 #include "TerminalEmulator/Engine/Terminal.h"
 #include "TerminalEmulator/View/Feeder.h"
+#include "TerminalEmulator/View/Finder.h"
+#include "TerminalEmulator/View/OverlayScrollBar.h"
 #include "TerminalEmulator/View/ScreenImage.h"
+#include "TerminalEmulator/View/TerminalAccessible.h"
 #include "TerminalEmulator/View/TerminalWidget.h"
 
 #include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QTimer>
 
+class QLabel;
 class QPainter;
 
 namespace vt
@@ -16,10 +20,11 @@ namespace vt
 
 /// What a TerminalWidget is made of.
 struct TerminalWidget::State {
-    static constexpr int SyncTimeout = 150;  ///< milliseconds the application may hold its output back
-    static constexpr int ResizeDelay = 25;   ///< milliseconds a size must stand before it counts
-    static constexpr int BellDuration = 100; ///< milliseconds of the visual bell
-    static constexpr int BellPause = 600;    ///< milliseconds between two of them
+    static constexpr int SyncTimeout = 150;   ///< milliseconds the application may hold its output back
+    static constexpr int ResizeDelay = 25;    ///< milliseconds a size must stand before it counts
+    static constexpr int BellDuration = 100;  ///< milliseconds of the visual bell
+    static constexpr int SelectInterval = 40; ///< milliseconds between two steps of scrolling while selecting
+    static constexpr int BellPause = 600;     ///< milliseconds between two of them
 
     explicit State(TerminalWidget *owner);
 
@@ -55,6 +60,26 @@ struct TerminalWidget::State {
     int64_t topLine() const;
     void scrollTo(int64_t top);
 
+    void placeScrollBar();
+    void reveal(const SearchHit &hit);
+
+    // ---- mouse, in TerminalMouse.cpp
+    Position positionAt(QPointF point) const; ///< the cell, within what is on show
+    Position boundaryAt(QPointF point) const; ///< the nearest gap between cells: before that column
+    bool report(MouseEvent::Action action, MouseButton button, QPointF point, Qt::KeyboardModifiers modifiers);
+    bool isReported(Qt::KeyboardModifiers modifiers) const;
+    void pressed(const QMouseEvent &event);
+    void select(QPointF point, Qt::KeyboardModifiers modifiers);
+    void extendSelection(QPointF point);
+    void scrollWhileSelecting();
+    void endSelection();
+    void hover(QPointF point, bool wanted);
+    void showMenu(QPoint global, QPointF point);
+
+    // ---- clipboard, in TerminalClipboard.cpp
+    void writeClipboard(const std::string &text, const std::string &target);
+    void pasteNow(const QString &text);
+
     // ---- keys, in TerminalInput.cpp
     bool run(const QKeyEvent &event);
     void typed();
@@ -87,6 +112,22 @@ struct TerminalWidget::State {
     QTimer bellTimer;
     QElapsedTimer sinceBell;
 
+    MouseButton reportedButton = MouseButton::None; ///< held down, and the application was told
+    std::string lastReport;
+    int clicks = 0;
+    QElapsedTimer sinceClick;
+    QPointF lastClick;
+    bool isSelecting = false;
+    SelectionKind selectionKind = SelectionKind::Character;
+    Position anchor; ///< of a selection by characters a boundary, else a cell
+    QPointF pointer;
+    QTimer selectTimer; ///< scrolls while the pointer is held beyond the edge
+    std::optional<Terminal::FoundLink> hovered;
+    QLabel *linkLabel = nullptr; ///< tells where the link under the pointer leads
+    OverlayScrollBar *scrollBar = nullptr;
+    Finder finder;
+    std::vector<SearchHit> shownHits;
+    ScreenAnnouncer announcer;
     QRect drawnCursor; ///< device pixels, where the cursor may be on the screen
     QString preedit;
     int preeditCursor = 0;
