@@ -59,6 +59,17 @@ public:
               "cat <<'END' >&2\n" + error + "\nEND\n" + (succeeds ? "echo SSH_CONNECTION_SUCCESS" : "exit 255"));
     }
 
+    /// From now on the client does this: a shell text that runs in a directory of its own. What askpass would give it
+    /// is in the file "secret" there.
+    void setReply(const QByteArray &shell) { write("reply", shell); }
+
+    /// The last secret that a login was tried with; empty for none.
+    QByteArray triedSecret() const
+    {
+        QFile file(m_directory.filePath(QStringLiteral("secret")));
+        return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed() : QByteArray();
+    }
+
     /// Logins that are begun now end only after letLoginsEnd().
     void holdLogins() { write("hold", {}); }
 
@@ -126,6 +137,7 @@ private:
         const QByteArray place = m_directory.path().toUtf8();
         write("ssh", "#!/bin/sh\ncd " + place +
                          " || exit 1\necho >>logins\nreply=$(cat reply)\n"
+                         "[ -z \"$SSH_ASKPASS\" ] || \"$SSH_ASKPASS\" >secret\n"
                          "while [ -e hold ]; do sleep 0.01; done\neval \"$reply\"\n");
         QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         return path;

@@ -33,6 +33,8 @@ public:
     CommandSSHManager(const Dependencies &dependencies, SSHConnectionPool &pool,
                       ConnectionFactory makeConnection = {});
 
+    SSHConnectionPool &pool() const { return m_pool; }
+
     bool isConnecting() const { return m_isConnecting; }
 
     /// The last failure in words for the operator.

@@ -35,6 +35,8 @@ public:
 
     explicit BaseSSHManager(const Dependencies &dependencies);
 
+    const Dependencies &dependencies() const { return m_dependencies; }
+
     /// The arguments of a client that reports what goes wrong.
     QStringList buildSSHArguments(const Server &server, const std::optional<QString> &command,
                                   bool includeTerminal) const;

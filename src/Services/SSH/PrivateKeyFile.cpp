@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QtEndian>
 
 using namespace Qt::StringLiterals;
@@ -24,11 +25,22 @@ bool hasCipher(const QByteArray &key)
     return length > 0 && key.mid(kNameAt, length) != "none";
 }
 
+QString expanded(const QString &path)
+{
+    return path.startsWith("~/"_L1) ? QDir::homePath() + path.mid(1) : path;
+}
+
 } // namespace
+
+bool privateKeyExists(const QString &path)
+{
+    const QFileInfo file(expanded(path));
+    return file.exists() && !file.isDir();
+}
 
 bool isPrivateKeyLocked(const QString &path)
 {
-    QFile file(path.startsWith("~/"_L1) ? QDir::homePath() + path.mid(1) : path);
+    QFile file(expanded(path));
     if (path.isEmpty() || !file.open(QIODevice::ReadOnly)) {
         return false;
     }

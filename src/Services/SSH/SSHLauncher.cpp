@@ -1,5 +1,6 @@
 #include "Services/SSH/SSHLauncher.h"
 
+#include "Services/Children/ChildGroup.h"
 #include "Services/SSH/AskpassHelper.h"
 #include "Services/SSH/SSHProcessTracker.h"
 
@@ -14,6 +15,12 @@ SSHLauncher::SSHLauncher(ChildProcesses &children, SSHProcessTracker &tracker, A
 {
 }
 
+SSHLauncher::SSHLauncher(const SSHLauncher &other, std::shared_ptr<ChildGroup> group)
+    : SSHLauncher(other)
+{
+    m_group = std::move(group);
+}
+
 QString SSHLauncher::defaultSSHPath()
 {
     return u"/usr/bin/ssh"_s;
@@ -21,6 +28,13 @@ QString SSHLauncher::defaultSSHPath()
 
 QCoro::Task<ChildOutcome> SSHLauncher::run(SSHRun run)
 {
+    if (m_group && m_group->isEnded()) {
+        co_return ChildOutcome();
+    }
+    if (m_group && !run.handle) {
+        run.handle = std::make_shared<ChildHandle>();
+        m_group->add(run.handle);
+    }
     const auto pid = std::make_shared<pid_t>(0);
     ChildSetup setup;
     setup.program = m_sshPath;

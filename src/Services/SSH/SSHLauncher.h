@@ -10,6 +10,7 @@
 #include <optional>
 
 class AskpassHelper;
+class ChildGroup;
 class SSHProcessTracker;
 
 /// One run of the client.
@@ -30,6 +31,10 @@ public:
     /// `sshPath` is another program only in tests.
     SSHLauncher(ChildProcesses &children, SSHProcessTracker &tracker, AskpassHelper &askpass,
                 QString sshPath = defaultSSHPath());
+
+    /// The same client, whose children from here belong to `group` as well. Where a run brings a handle of its own,
+    /// its child does not.
+    SSHLauncher(const SSHLauncher &other, std::shared_ptr<ChildGroup> group);
 
     static QString defaultSSHPath();
 
@@ -60,6 +65,7 @@ private:
     SSHProcessTracker &m_tracker;
     AskpassHelper &m_askpass;
     QString m_sshPath;
+    std::shared_ptr<ChildGroup> m_group; // may be null
 };
 
 /// What a run's outcome means as a command's result; `timeLimit` is the one that was set, in seconds.

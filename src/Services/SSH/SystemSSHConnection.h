@@ -50,6 +50,9 @@ public:
     QCoro::Task<CommandResult> executePooledCommand(ShellLine command, SSHPooledConnection lease,
                                                     std::optional<double> timeout);
 
+    /// Runs the line with a login of its own. The server must be one that `SSHArguments::refusalFor` lets through.
+    QCoro::Task<CommandResult> executeUnpooled(ShellLine command, std::optional<double> timeout);
+
     void cleanup() override;
 
     bool isConnected() const { return m_isConnected; }
@@ -60,8 +63,6 @@ public:
     QString shortId() const;
 
 private:
-    QCoro::Task<CommandResult> executeUnpooled(ShellLine command, std::optional<double> timeout);
-
     Transport m_transport;
     Server m_server;
     std::optional<QString> m_password;
