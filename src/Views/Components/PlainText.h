@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Helpers/DisplayText.h"
+
 #include <QString>
 
 class QWidget;
@@ -8,8 +10,7 @@ class QWidget;
 namespace PlainText
 {
 
-/// `text` on one line: each control character, line end and override of the writing direction becomes a blank.
-QString oneLine(const QString &text);
+using DisplayText::oneLine;
 
 /// Sets a tooltip that shows `text` as it stands. Qt takes a tooltip that looks like markup for markup.
 void setToolTip(QWidget &widget, const QString &text);

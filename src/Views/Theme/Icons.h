@@ -1,27 +1,11 @@
 #pragma once
 
+#include "Views/Theme/IconName.h"
+
 #include <QIcon>
 #include <QPixmap>
 
 class Theme;
-
-/// The icons in use, from Debian's package bootstrap-icons; the list of files stands in this folder's CMakeLists.txt.
-enum class IconName {
-    Plug,
-    Refresh,
-    Close,
-    Info,
-    Warning,
-    Key,
-    Lock,
-    Servers,
-    Server,
-    Search,
-    Add,
-    Edit,
-    Delete,
-    Clipboard
-};
 
 namespace Icons
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Views/Theme/ToneName.h"
+
 #include <QColor>
 
 /// The colours of one meaning.
@@ -8,8 +10,6 @@ struct Tone {
     QColor soft;  ///< the ground of a pill, a selected row, a notice
     QColor text;  ///< words, on the soft ground as well as on surfaces: contrast 4.5 or more (WCAG 2.1, 1.4.3)
 };
-
-enum class ToneName { Accent, Green, Red, Orange, Blue, Purple, Gray };
 
 /// Every colour of the program. Nothing else names a colour.
 struct Tokens {
