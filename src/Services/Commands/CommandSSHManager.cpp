@@ -60,48 +60,70 @@ CommandSSHManager::CommandSSHManager(const Dependencies &dependencies, SSHConnec
 QCoro::Task<bool> CommandSSHManager::connect(Server to, std::optional<QString> password,
                                              std::optional<QString> passphrase, ServerRefresh serverRefreshCallback)
 {
+    const ConnectionOutcome outcome = co_await attemptConnection(
+        std::move(to), std::move(password), std::move(passphrase), std::move(serverRefreshCallback));
+    co_return outcome.succeeded;
+}
+
+QCoro::Task<ConnectionOutcome> CommandSSHManager::attemptConnection(Server to, std::optional<QString> password,
+                                                                    std::optional<QString> passphrase,
+                                                                    ServerRefresh serverRefreshCallback)
+{
     Server server = std::move(to);
     if (serverRefreshCallback) {
         server = (co_await serverRefreshCallback()).value_or(server);
     }
     m_serverOverrides.insert(server.id, server);
     log(u"Starting connection to "_s + server.name);
-    setConnecting(true);
-    setConnectionError(SSHArguments::refusalFor(server));
+    countAttempts(+1);
+    setConnectionError(std::nullopt);
     cleanupExpiredConnections();
 
-    const bool isConnected =
-        !m_connectionError &&
-        co_await testConnection(server, std::move(password), std::move(passphrase), serverRefreshCallback);
-    if (!isConnected) {
-        co_await explainFailure(server);
+    ConnectionOutcome outcome;
+    outcome.error = SSHArguments::refusalFor(server);
+    SSHTestResult login;
+    if (!outcome.error) {
+        login = co_await testConnection(server, std::move(password), std::move(passphrase), serverRefreshCallback);
+        outcome.succeeded = login.success;
     }
-    setConnecting(false);
-    co_return isConnected;
+    if (!outcome.succeeded) {
+        forgetTriedSecret(server);
+        if (!outcome.error) {
+            outcome = co_await explainFailure(server, login);
+        }
+        setConnectionError(outcome.error);
+    }
+    countAttempts(-1);
+    co_return outcome;
 }
 
-QCoro::Task<void> CommandSSHManager::explainFailure(Server server)
+void CommandSSHManager::forgetTriedSecret(const Server &server)
 {
     if (server.authMethod == AuthMethod::Password) {
         m_sessionPasswords.remove(server.id);
     } else if (server.authMethod == AuthMethod::PublicKey) {
         m_sessionPassphrases.remove(server.id);
     }
-    if (m_connectionError) {
-        co_return;
-    }
+}
+
+QCoro::Task<ConnectionOutcome> CommandSSHManager::explainFailure(Server server, SSHTestResult login)
+{
+    ConnectionOutcome outcome;
+    outcome.reason = ConnectionTest::reason(login.error);
     if (server.authMethod == AuthMethod::Password) {
-        setConnectionError(keychainAccessDenied()
-                               ? tr("Keychain access was denied. Please allow Tarnwell to access your keychain to "
-                                    "retrieve the saved password.")
-                               : tr("Failed to connect. Please check your password and try again."));
+        outcome.error = login.isKeychainDenied
+                            ? tr("Keychain access was denied. Please allow Tarnwell to access your keychain to "
+                                 "retrieve the saved password.")
+                            : tr("Failed to connect. Please check your password and try again.");
         setKeychainAccessDenied(false);
     } else if (server.authMethod == AuthMethod::PublicKey) {
-        const bool isLocked = co_await isPassphraseNeeded(server);
-        setConnectionError(
-            isLocked ? tr("SSH key requires a passphrase. Please enter the passphrase for your SSH key.")
-                     : tr("Failed to authenticate with SSH key. Please check your key path and permissions."));
+        outcome.isKeyLocked = failedAtLockedKey(server, login);
+        outcome.isPassphraseNeeded = co_await isPassphraseNeeded(server, login);
+        outcome.error = outcome.isPassphraseNeeded
+                            ? tr("SSH key requires a passphrase. Please enter the passphrase for your SSH key.")
+                            : tr("Failed to authenticate with SSH key. Please check your key path and permissions.");
     }
+    co_return outcome;
 }
 
 void CommandSSHManager::disconnect(const Server &from)
@@ -223,10 +245,12 @@ QCoro::Task<CommandExecutionResult> CommandSSHManager::getStorageDevicesUsingCom
     return executeSSHCommand(StorageDevicesCommand(), std::move(server));
 }
 
-void CommandSSHManager::setConnecting(bool isConnecting)
+void CommandSSHManager::countAttempts(int change)
 {
-    if (std::exchange(m_isConnecting, isConnecting) != isConnecting) {
-        Q_EMIT isConnectingChanged(isConnecting);
+    const bool wasConnecting = isConnecting();
+    m_attempts += change;
+    if (wasConnecting != isConnecting()) {
+        Q_EMIT isConnectingChanged(isConnecting());
     }
 }
 

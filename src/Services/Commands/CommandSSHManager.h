@@ -18,6 +18,17 @@ struct PasswordlessSudo {
     bool operator==(const PasswordlessSudo &) const = default;
 };
 
+/// How one attempt to connect ended.
+struct ConnectionOutcome {
+    bool succeeded = false;
+    std::optional<QString> error;    ///< in words for the operator; absent for agent servers
+    QString reason;                  ///< one line of what the client said; empty when it said nothing
+    bool isKeyLocked = false;        ///< the private key did not open
+    bool isPassphraseNeeded = false; ///< and no pass phrase for it is at hand
+
+    bool operator==(const ConnectionOutcome &) const = default;
+};
+
 /// The one object through which screens reach servers. A connection is a logical state: `connect` proves that the
 /// server answers, and every later command starts a client of its own with the secrets kept for the session.
 class CommandSSHManager : public BaseSSHManager
@@ -35,9 +46,10 @@ public:
 
     SSHConnectionPool &pool() const { return m_pool; }
 
-    bool isConnecting() const { return m_isConnecting; }
+    /// Whether any attempt is under way.
+    bool isConnecting() const { return m_attempts > 0; }
 
-    /// The last failure in words for the operator.
+    /// The failure that ended last, in words for the operator. Attempts may overlap: who made one has its outcome.
     std::optional<QString> connectionError() const { return m_connectionError; }
 
     SSHCommandExecutor &commandExecutor() { return m_commandExecutor; }
@@ -47,6 +59,11 @@ public:
     QCoro::Task<bool> connect(Server to, std::optional<QString> password = std::nullopt,
                               std::optional<QString> passphrase = std::nullopt,
                               ServerRefresh serverRefreshCallback = {});
+
+    /// The same, with all there is to tell of this attempt.
+    QCoro::Task<ConnectionOutcome> attemptConnection(Server to, std::optional<QString> password = std::nullopt,
+                                                     std::optional<QString> passphrase = std::nullopt,
+                                                     ServerRefresh serverRefreshCallback = {});
 
     /// Forgets the session with the server: its pooled connection, its password and what was learnt of it. A typed
     /// pass phrase stays known until the program ends.
@@ -86,9 +103,10 @@ Q_SIGNALS:
     void connectionErrorChanged();
 
 private:
-    void setConnecting(bool isConnecting);
+    void countAttempts(int change);
     void setConnectionError(std::optional<QString> error);
-    QCoro::Task<void> explainFailure(Server server);
+    void forgetTriedSecret(const Server &server);
+    QCoro::Task<ConnectionOutcome> explainFailure(Server server, SSHTestResult login);
     QCoro::Task<std::shared_ptr<SSHConnection>> makeConnection(Server server);
 
     // No operation inserts into the first two: a connection object lives as long as its command. Their readers stand
@@ -101,6 +119,6 @@ private:
     SSHConnectionPool &m_pool;
     ConnectionFactory m_makeConnection;
     SSHCommandExecutor m_commandExecutor;
-    bool m_isConnecting = false;
+    int m_attempts = 0;
     std::optional<QString> m_connectionError;
 };

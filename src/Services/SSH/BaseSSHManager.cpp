@@ -4,6 +4,7 @@
 #include "Models/AppSettings.h"
 #include "Services/SSH/HostKeys.h"
 #include "Services/SSH/KeychainManager.h"
+#include "Services/SSH/PrivateKeyFile.h"
 #include "Services/SSH/SSHLauncher.h"
 
 #include <QFileInfo>
@@ -94,9 +95,9 @@ QCoro::Task<std::optional<QString>> BaseSSHManager::getSessionPassphrase(Server 
     co_return stored;
 }
 
-QCoro::Task<bool> BaseSSHManager::testConnection(Server server, std::optional<QString> password,
-                                                 std::optional<QString> passphrase,
-                                                 ServerRefresh serverRefreshCallback)
+QCoro::Task<SSHTestResult> BaseSSHManager::testConnection(Server server, std::optional<QString> password,
+                                                          std::optional<QString> passphrase,
+                                                          ServerRefresh serverRefreshCallback)
 {
     if (password) {
         m_sessionPasswords.insert(server.id, *password);
@@ -105,35 +106,36 @@ QCoro::Task<bool> BaseSSHManager::testConnection(Server server, std::optional<QS
         m_sessionPassphrases.insert(server.id, *passphrase);
     }
     if (server.authMethod == AuthMethod::Password && !co_await getSessionPassword(server)) {
-        if (m_dependencies.keychain.deniedAccounts().contains(KeychainManager::passwordAccount(server))) {
+        SSHTestResult nothing;
+        nothing.isKeychainDenied =
+            m_dependencies.keychain.deniedAccounts().contains(KeychainManager::passwordAccount(server));
+        if (nothing.isKeychainDenied) {
             setKeychainAccessDenied(true);
         }
-        co_return false;
+        co_return nothing;
     }
 
-    const SSHTestResult result = co_await performSSHTest(server);
-    if (result.success) {
-        co_return true;
-    }
-    if (result.isPassphraseError) {
-        co_return false;
+    SSHTestResult result = co_await performSSHTest(server);
+    if (result.success || result.isPassphraseError) {
+        co_return result;
     }
     if (result.isNewHostKeyError) {
         if (server.authMethod == AuthMethod::Password) {
-            co_return true;
+            result.success = true;
+            co_return result;
         }
         co_return co_await retryConnectionWithoutHostKeyCheck(co_await refreshed(server, serverRefreshCallback));
     }
     if (result.isHostKeyError) {
         if (!co_await handleHostKeyConflict(server, result.error)) {
-            co_return false;
+            co_return result;
         }
         const Server latest = co_await refreshed(server, serverRefreshCallback);
         log(u"Original server: "_s + address(server));
         log(u"Server to retry: "_s + address(latest));
         co_return co_await retryConnectionWithoutHostKeyCheck(latest);
     }
-    co_return false;
+    co_return result;
 }
 
 QCoro::Task<SSHTestResult> BaseSSHManager::performSSHTest(Server server)
@@ -157,10 +159,10 @@ QCoro::Task<SSHTestResult> BaseSSHManager::performSSHTest(Server server)
     co_return result;
 }
 
-QCoro::Task<bool> BaseSSHManager::retryConnectionWithoutHostKeyCheck(Server server)
+QCoro::Task<SSHTestResult> BaseSSHManager::retryConnectionWithoutHostKeyCheck(Server server)
 {
-    if (SSHArguments::refusalFor(server)) {
-        co_return false;
+    if (const std::optional<QString> refusal = SSHArguments::refusalFor(server)) {
+        co_return SSHTestResult{.error = *refusal};
     }
     const bool verifies = m_dependencies.settings.verifyHostKeys();
     const QStringList unchecked{u"StrictHostKeyChecking=no"_s, u"UserKnownHostsFile=/dev/null"_s};
@@ -174,24 +176,24 @@ QCoro::Task<bool> BaseSSHManager::retryConnectionWithoutHostKeyCheck(Server serv
     const SSHTestResult result = ConnectionTest::classify(outcome, server.authMethod);
     if (outcome.kind != ChildOutcome::Kind::Exited) {
         log(u"Retry connection error: "_s + outcome.reason);
-        co_return false;
+        co_return result;
     }
     log(u"Retry result - exit code: "_s + QString::number(outcome.exitCode));
     log(u"Retry output: "_s + QString::fromUtf8(outcome.output));
     log(u"Retry error: "_s + result.error);
     if (result.success || !result.isHostKeyError || !verifies) {
-        co_return result.success;
+        co_return result;
     }
 
     const ChildOutcome last =
         co_await runTest(server, ConnectionTest::withOptionsBeforeDestination(stripped, unchecked));
     if (last.kind != ChildOutcome::Kind::Exited) {
         log(u"Fallback failed: "_s + last.reason);
-        co_return false;
+        co_return ConnectionTest::classify(last, server.authMethod);
     }
-    const bool success = ConnectionTest::classify(last, server.authMethod).success;
-    log(u"Fallback result: "_s + yesNo(success));
-    co_return success;
+    const SSHTestResult unverified = ConnectionTest::classify(last, server.authMethod);
+    log(u"Fallback result: "_s + yesNo(unverified.success));
+    co_return unverified;
 }
 
 QCoro::Task<bool> BaseSSHManager::handleHostKeyConflict(Server server, QString error)
@@ -205,7 +207,7 @@ QCoro::Task<bool> BaseSSHManager::handleHostKeyConflict(Server server, QString e
     co_return retries;
 }
 
-QCoro::Task<bool> BaseSSHManager::isPassphraseNeeded(Server server)
+QCoro::Task<bool> BaseSSHManager::isPassphraseNeeded(Server server, std::optional<SSHTestResult> lastLogin)
 {
     if (server.authMethod != AuthMethod::PublicKey || co_await getSessionPassphrase(server)) {
         co_return false;
@@ -213,7 +215,15 @@ QCoro::Task<bool> BaseSSHManager::isPassphraseNeeded(Server server)
     if (co_await m_dependencies.keychain.hasPassphrase(server)) {
         co_return true;
     }
-    co_return (co_await performSSHTest(server)).isPassphraseError;
+    co_return failedAtLockedKey(server, lastLogin ? *lastLogin : co_await performSSHTest(server));
+}
+
+bool BaseSSHManager::failedAtLockedKey(const Server &server, const SSHTestResult &login)
+{
+    // In batch mode the client passes over a locked key without a word about it, and is then refused.
+    return login.isPassphraseError ||
+           (server.authMethod == AuthMethod::PublicKey && ConnectionTest::tellsRefusedLogin(login.error) &&
+            isPrivateKeyLocked(server.privateKeyPath.value_or(QString())));
 }
 
 void BaseSSHManager::setKeychainAccessDenied(bool denied)

@@ -54,22 +54,24 @@ public:
     QCoro::Task<std::optional<QString>> getSessionPassphrase(Server server);
 
     /// Logs in once and runs an echo. Given secrets are kept for the session, also when the test fails. A changed
-    /// host key is put before the operator. False on any failure; the words for it are the caller's.
-    QCoro::Task<bool> testConnection(Server server, std::optional<QString> password,
-                                     std::optional<QString> passphrase, ServerRefresh serverRefreshCallback);
+    /// host key is put before the operator. What is told is the outcome of the last login that was made, and no error
+    /// when there was no secret to try; the words for the operator are the caller's.
+    QCoro::Task<SSHTestResult> testConnection(Server server, std::optional<QString> password,
+                                              std::optional<QString> passphrase, ServerRefresh serverRefreshCallback);
 
     /// One login, sorted by what the client said.
     QCoro::Task<SSHTestResult> performSSHTest(Server server);
 
     /// One more login after the operator has agreed. With keys being verified, one that stays in conflict is passed
     /// over for this one login; later commands still check it.
-    QCoro::Task<bool> retryConnectionWithoutHostKeyCheck(Server server);
+    QCoro::Task<SSHTestResult> retryConnectionWithoutHostKeyCheck(Server server);
 
     /// Puts the conflict before the operator; true when the connection is to be tried again.
     QCoro::Task<bool> handleHostKeyConflict(Server server, QString error);
 
-    /// Whether the server's private key is locked and no pass phrase for it is at hand. May log in to find out.
-    QCoro::Task<bool> isPassphraseNeeded(Server server);
+    /// Whether the server's private key is locked and no pass phrase for it is at hand. Logs in to find out, unless
+    /// `lastLogin` tells of a login that was just made.
+    QCoro::Task<bool> isPassphraseNeeded(Server server, std::optional<SSHTestResult> lastLogin = std::nullopt);
 
     bool keychainAccessDenied() const { return m_keychainAccessDenied; }
 
@@ -77,6 +79,9 @@ Q_SIGNALS:
     void keychainAccessDeniedChanged(bool denied);
 
 protected:
+    /// Whether this login failed for want of a pass phrase, or of the right one.
+    static bool failedAtLockedKey(const Server &server, const SSHTestResult &login);
+
     void setKeychainAccessDenied(bool denied);
 
     const SSHArgumentBuilder &sshArgumentBuilder() const { return m_sshArgumentBuilder; }

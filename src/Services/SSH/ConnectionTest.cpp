@@ -4,6 +4,7 @@
 #include "Services/SSH/HostKeys.h"
 
 #include <algorithm>
+#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -20,6 +21,24 @@ bool tellsLockedKey(const QString &error)
     }
     return error.contains("Load key"_L1) && error.contains("invalid format"_L1) &&
            !error.contains("bad permissions"_L1);
+}
+
+// What tells the operator where to look, as the client words it.
+constexpr std::array kReasons{"Connection refused"_L1,
+                              "No route to host"_L1,
+                              "Network is unreachable"_L1,
+                              "Could not resolve hostname"_L1,
+                              "timed out"_L1,
+                              "Permission denied"_L1,
+                              "Host key verification failed"_L1,
+                              "incorrect passphrase"_L1,
+                              "Connection closed"_L1,
+                              "Connection reset"_L1};
+constexpr qsizetype kLongestReason = 300;
+
+bool namesReason(const QString &line)
+{
+    return std::ranges::any_of(kReasons, [&](QLatin1StringView reason) { return line.contains(reason); });
 }
 
 bool isHostKeyOption(const QString &value)
@@ -54,6 +73,23 @@ SSHTestResult classify(const ChildOutcome &outcome, AuthMethod method)
     }
     result.isPassphraseError = method == AuthMethod::PublicKey && tellsLockedKey(result.error);
     return result;
+}
+
+QString reason(const QString &error)
+{
+    QString last;
+    QString named;
+    for (const QString &whole : error.split(u'\n', Qt::SkipEmptyParts)) {
+        const QString line = whole.trimmed();
+        last = line.isEmpty() ? last : line;
+        named = namesReason(line) ? line : named;
+    }
+    return (named.isEmpty() ? last : named).left(kLongestReason);
+}
+
+bool tellsRefusedLogin(const QString &error)
+{
+    return error.contains("Permission denied"_L1);
 }
 
 QStringList withoutHostKeyOptions(const QStringList &arguments)

@@ -14,6 +14,7 @@ struct SSHTestResult {
     bool isNewHostKeyError = false;     ///< no key of this host is known
     bool isChangedHostKeyError = false; ///< another key is known
     bool isPassphraseError = false;     ///< the private key is locked
+    bool isKeychainDenied = false;      ///< no login was made: the keychain did not give the password away
 
     bool operator==(const SSHTestResult &) const = default;
 };
@@ -26,6 +27,13 @@ QString command();
 
 /// Sorts an ended run by the client's known phrases.
 SSHTestResult classify(const ChildOutcome &outcome, AuthMethod method);
+
+/// What went wrong, in one line of the client's standard error: the last that names a known reason, else the last
+/// with words on it. Empty when it said nothing.
+QString reason(const QString &error);
+
+/// Whether the client got as far as to a server that did not accept the login.
+bool tellsRefusedLogin(const QString &error);
 
 /// `arguments` without the options that say how host keys are checked.
 QStringList withoutHostKeyOptions(const QStringList &arguments);

@@ -44,6 +44,7 @@ private Q_SLOTS:
     void hostKeyFlags();
     void lockedKeys_data();
     void lockedKeys();
+    void reasons();
     void readsHostKeyInfo();
     void conflictTexts();
 };
@@ -88,6 +89,19 @@ void TestConnectionTest::lockedKeys()
     QFETCH(const bool, isLocked);
     QCOMPARE(ConnectionTest::classify(ended(255, error), AuthMethod::PublicKey).isPassphraseError, isLocked);
     QVERIFY(!ConnectionTest::classify(ended(255, error), AuthMethod::Password).isPassphraseError);
+}
+
+void TestConnectionTest::reasons()
+{
+    using ConnectionTest::reason;
+    QCOMPARE(reason({}), QString());
+    QCOMPARE(reason(kChanged), u"Host key verification failed."_s);
+    // Words of the server's own come before and after it.
+    QCOMPARE(reason(u"Welcome\r\nssh: connect to host db port 22: No route to host\r\nand good bye\n\n"_s),
+             u"ssh: connect to host db port 22: No route to host"_s);
+    QCOMPARE(reason(u"command-line: line 0: Bad configuration option\n  \n"_s),
+             u"command-line: line 0: Bad configuration option"_s);
+    QCOMPARE(reason(QString(100'000, u'x')).size(), 300);
 }
 
 void TestConnectionTest::readsHostKeyInfo()

@@ -107,9 +107,21 @@ void TestSessionManager::noPassword()
 void TestSessionManager::lockedKey()
 {
     m_server.privateKeyPath = m_sshd.passphraseKey();
-    QVERIFY(!connectTo(m_server, {}, u"not it"_s));
-    QVERIFY(!connectTo(m_server));
-    QVERIFY(!connectionError().isEmpty());
+    for (const auto &passphrase : {std::optional(u"not it"_s), std::optional<QString>()}) {
+        const ConnectionOutcome outcome =
+            QCoro::waitFor(m_transport->manager.attemptConnection(m_server, {}, passphrase));
+        QVERIFY(!outcome.succeeded && outcome.isKeyLocked && outcome.isPassphraseNeeded);
+        QCOMPARE(connectionError(),
+                 u"SSH key requires a passphrase. Please enter the passphrase for your SSH key."_s);
+        QVERIFY2(outcome.reason.contains(u"Permission denied"_s) || outcome.reason.contains(u"passphrase"_s),
+                 qPrintable(outcome.reason));
+    }
+    // A server that is not there says nothing about the key.
+    Server away = m_server;
+    away.port = 1;
+    const ConnectionOutcome outcome = QCoro::waitFor(m_transport->manager.attemptConnection(away));
+    QVERIFY(!outcome.isKeyLocked && !outcome.isPassphraseNeeded);
+    QVERIFY2(outcome.reason.contains(u"Connection refused"_s), qPrintable(outcome.reason));
     QVERIFY(connectTo(m_server, {}, m_sshd.passphrase()));
     m_transport->manager.disconnect(m_server);
     QVERIFY(connectTo(m_server)); // a pass phrase stays known
