@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+class QHBoxLayout;
+class QPainter;
 class QVBoxLayout;
 class TextLabel;
 class Theme;
@@ -20,11 +22,18 @@ public:
     /// Where the content goes.
     QVBoxLayout &content() { return *m_content; }
 
+    /// At the right end of the title's line.
+    void addToTitle(QWidget *widget);
+
+    /// The surface of a card, for other widgets that look like one; `rect` includes the room for the shadow.
+    static void paintSurface(QPainter &painter, const QRect &rect, const Theme &theme);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
     const Theme &m_theme;
     TextLabel *m_title;
+    QHBoxLayout *m_titleLine;
     QVBoxLayout *m_content;
 };

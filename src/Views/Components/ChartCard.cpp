@@ -1,0 +1,176 @@
+#include "Views/Components/ChartCard.h"
+
+#include "Views/Components/Labels.h"
+#include "Views/Components/Pill.h"
+
+#include <QGridLayout>
+#include <QPainter>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int kLegendGap = 6;
+constexpr int kLegendColumns = 2;
+
+} // namespace
+
+/// A large figure of constant width: a new one is painted, and nothing is laid out anew.
+class ChartCard::Figure : public QWidget
+{
+public:
+    Figure(const Theme &theme, QWidget *parent)
+        : QWidget(parent)
+        , m_theme(theme)
+    {
+        setFont(theme.font(TextStyle::Number));
+        setFixedSize(fontMetrics().horizontalAdvance(u"100.0%"_s) + 2, fontMetrics().height());
+    }
+
+    void set(const QString &text, bool isWarning)
+    {
+        if (m_text != text || m_isWarning != isWarning) {
+            m_text = text;
+            m_isWarning = isWarning;
+            setAccessibleName(text);
+            update();
+        }
+    }
+
+    const QString &text() const { return m_text; }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.setPen(m_isWarning ? m_theme.tone(ToneName::Orange).text : m_theme.tokens().text);
+        painter.drawText(rect(), Qt::AlignRight | Qt::AlignVCenter, m_text);
+    }
+
+private:
+    const Theme &m_theme;
+    QString m_text;
+    bool m_isWarning = false;
+};
+
+/// The dot and the name of a curve, and its figure; painted for the same reason.
+class ChartCard::LegendEntry : public QWidget
+{
+public:
+    LegendEntry(const Theme &theme, QWidget *parent)
+        : QWidget(parent)
+        , m_theme(theme)
+    {
+        setFont(theme.font(TextStyle::Detail));
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+        setFixedHeight(fontMetrics().height());
+    }
+
+    void set(const LegendItem &item)
+    {
+        if (m_item != item) {
+            m_item = item;
+            setAccessibleName(text());
+            update();
+        }
+    }
+
+    QString text() const { return m_item.name + u' ' + m_item.figure; }
+
+    QSize sizeHint() const override { return {dotRoom() + fontMetrics().horizontalAdvance(text()), height()}; }
+
+    QSize minimumSizeHint() const override { return {dotRoom(), height()}; }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        StateDot::paint(painter, QPointF(StateDot::kDiameter / 2.0 + 1, height() / 2.0),
+                        m_theme.tone(m_item.tone).color);
+        QRect rest = rect().adjusted(dotRoom(), 0, 0, 0);
+        const int room = rest.width() - fontMetrics().horizontalAdvance(u' ' + m_item.figure);
+        const QString name = fontMetrics().elidedText(m_item.name, Qt::ElideRight, room);
+        painter.setPen(m_theme.tokens().dim);
+        painter.drawText(rest, Qt::AlignLeft | Qt::AlignVCenter, name);
+        rest.adjust(fontMetrics().horizontalAdvance(name + u' '), 0, 0, 0);
+        painter.setPen(m_item.isWarning ? m_theme.tone(ToneName::Orange).text : m_theme.tokens().text);
+        painter.drawText(rest, Qt::AlignLeft | Qt::AlignVCenter, m_item.figure);
+    }
+
+private:
+    static int dotRoom() { return StateDot::kDiameter + 2 + kLegendGap; }
+
+    const Theme &m_theme;
+    LegendItem m_item;
+};
+
+ChartCard::ChartCard(const Theme &theme, const QString &title, QWidget *parent)
+    : Card(theme, title, parent)
+    , m_theme(theme)
+    , m_figure(new Figure(theme, this))
+    , m_legend(new QGridLayout)
+    , m_chart(new MetricChart(theme, title, this))
+    , m_footnote(new TextLabel(theme, TextStyle::Detail, {}, TextLabel::Shade::Dim, this))
+{
+    addToTitle(m_figure);
+    m_figure->hide();
+    m_legend->setHorizontalSpacing(12);
+    m_legend->setVerticalSpacing(3);
+    content().addLayout(m_legend);
+    content().addStretch();
+    content().addWidget(m_chart);
+    content().addWidget(m_footnote);
+    m_footnote->hide();
+}
+
+void ChartCard::setFigure(const QString &figure, bool isWarning)
+{
+    m_figure->set(figure, isWarning);
+    m_figure->setVisible(!figure.isEmpty());
+}
+
+QString ChartCard::figure() const
+{
+    return m_figure->text();
+}
+
+void ChartCard::setLegend(const QList<LegendItem> &items)
+{
+    while (m_entries.size() > items.size()) {
+        delete m_entries.takeLast();
+    }
+    while (m_entries.size() < items.size()) {
+        const auto place = static_cast<int>(m_entries.size());
+        m_entries.append(new LegendEntry(m_theme, this));
+        m_legend->addWidget(m_entries.constLast(), place / kLegendColumns, place % kLegendColumns);
+        m_legend->setColumnStretch(place % kLegendColumns, 1);
+    }
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        m_entries.at(i)->set(items.at(i));
+    }
+}
+
+QStringList ChartCard::legend() const
+{
+    QStringList texts;
+    for (const LegendEntry *entry : m_entries) {
+        texts.append(entry->text());
+    }
+    return texts;
+}
+
+void ChartCard::setFootnote(const QString &footnote)
+{
+    if (m_footnote->text() != footnote) {
+        m_footnote->setText(footnote);
+        m_footnote->setVisible(!footnote.isEmpty());
+    }
+}
+
+QString ChartCard::footnote() const
+{
+    return m_footnote->text();
+}
