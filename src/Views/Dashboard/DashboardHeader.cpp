@@ -2,6 +2,7 @@
 
 #include "Views/Components/Labels.h"
 #include "Views/Components/Pill.h"
+#include "Views/Components/PlainText.h"
 #include "Views/Dashboard/DashboardViewModel.h"
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/TarnwellStyle.h"
@@ -69,7 +70,7 @@ DashboardHeader::DashboardHeader(const Theme &theme, DashboardViewModel &model, 
 
     connect(m_refresh, &QPushButton::clicked, &model, &DashboardViewModel::refreshSystemInfo);
     connect(m_connect, &QPushButton::clicked, &model, [&model] { model.initiateConnection(); });
-    connect(m_disconnect, &QPushButton::clicked, &model, &DashboardViewModel::disconnectFromServer);
+    connect(m_disconnect, &QPushButton::clicked, &model, [&model] { model.setShowingDisconnectAlert(true); });
     connect(&model, &DashboardViewModel::changed, this, &DashboardHeader::update);
     update();
 }
@@ -84,26 +85,22 @@ QPushButton *DashboardHeader::addButton(QHBoxLayout &line, const QString &text)
 
 void DashboardHeader::update()
 {
-    m_name->setFullText(m_model.server().name);
-    m_address->setFullText(addressLine(m_model.server()));
-    const auto connection = m_model.connection();
-    switch (connection) {
-    case DashboardViewModel::Connection::Connecting:
-        m_state->setState(tr("Connecting"), ToneName::Orange);
-        break;
-    case DashboardViewModel::Connection::Connected:
+    const Server &server = m_model.server();
+    m_name->setFullText(server.name);
+    m_address->setFullText(addressLine(server));
+    const bool isConnected = m_model.isConnected();
+    if (isConnected) {
         m_state->setState(tr("Connected"), ToneName::Green);
-        break;
-    case DashboardViewModel::Connection::Failed:
-        m_state->setState(tr("Failed"), ToneName::Red);
-        break;
-    case DashboardViewModel::Connection::NotConnected:
-        m_state->setState(tr("Not connected"), ToneName::Gray);
-        break;
+    } else if (m_model.isConnecting()) {
+        m_state->setState(tr("Connecting"), ToneName::Orange);
+    } else {
+        m_state->setState(tr("Disconnected"), ToneName::Gray);
     }
-    const bool isConnected = connection == DashboardViewModel::Connection::Connected;
     m_refresh->setEnabled(isConnected);
-    m_connect->setEnabled(connection != DashboardViewModel::Connection::Connecting);
+    m_connect->setEnabled(!m_model.isConnecting());
     m_connect->setVisible(!isConnected);
     m_disconnect->setVisible(isConnected);
+    const QString disconnectFrom = tr("Disconnect from %1").arg(server.name);
+    m_disconnect->setAccessibleName(disconnectFrom);
+    PlainText::setToolTip(*m_disconnect, disconnectFrom);
 }

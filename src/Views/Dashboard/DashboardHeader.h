@@ -18,6 +18,10 @@ public:
 
     Pill &state() const { return *m_state; }
 
+    QPushButton &connectButton() const { return *m_connect; }
+
+    QPushButton &disconnectButton() const { return *m_disconnect; }
+
 private:
     QPushButton *addButton(class QHBoxLayout &line, const QString &text);
     void update();

@@ -1,49 +1,28 @@
 #include "Views/Dashboard/DashboardView.h"
 
-#include "Views/Components/Card.h"
-#include "Views/Components/KeyValueGrid.h"
+#include "Views/Components/AlertDialog.h"
 #include "Views/Components/Labels.h"
 #include "Views/Components/ProgressLine.h"
 #include "Views/Components/StatePage.h"
-#include "Views/Components/UsageBar.h"
+#include "Views/Dashboard/DashboardContent.h"
 #include "Views/Dashboard/DashboardHeader.h"
 #include "Views/Dashboard/DashboardViewModel.h"
 #include "Views/Dashboard/SecretForm.h"
 
-#include <QGridLayout>
 #include <QPushButton>
-#include <QScrollArea>
 #include <QVBoxLayout>
 
-using namespace Qt::StringLiterals;
-
-namespace
-{
-
-using Connection = DashboardViewModel::Connection;
 using WantedSecret = DashboardViewModel::WantedSecret;
 
-KeyValueGrid::Rows rowsOf(const SystemInfo &info)
-{
-    const auto tr = [](const char *text) { return DashboardView::tr(text); };
-    const QString cores = info.cpuCount.isEmpty() ? QString() : tr("%1 vCPUs").arg(info.cpuCount);
-    return {{tr("Hostname"), info.hostname},  {tr("OS"), info.osVersion},        {tr("Kernel"), info.kernel},
-            {tr("Uptime"), info.uptime},      {tr("CPU"), info.cpuInfo},         {tr("CPU Cores"), cores},
-            {tr("Memory"), info.memoryTotal}, {tr("Load Avg"), info.loadAverage}};
-}
-
-} // namespace
-
 DashboardView::DashboardView(const Theme &theme, DashboardViewModel &model, QWidget *parent)
-    : QWidget(parent)
+    : SectionPage(parent)
     , m_theme(theme)
     , m_model(model)
     , m_header(new DashboardHeader(theme, model, this))
     , m_progress(new ProgressLine(theme, this))
-    , m_secretForm(new SecretForm)
+    , m_content(new DashboardContent(theme, model, this))
+    , m_page(new StatePage(theme, m_content, this))
 {
-    m_page = new StatePage(theme, makeContent(), this);
-    m_page->setErrorExtra(m_secretForm);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
@@ -51,122 +30,130 @@ DashboardView::DashboardView(const Theme &theme, DashboardViewModel &model, QWid
     column->addWidget(m_progress);
     column->addWidget(m_page, 1);
 
+    connect(this, &SectionPage::activeChanged, &model, &DashboardViewModel::setActive);
     connect(&model, &DashboardViewModel::changed, this, &DashboardView::update);
-    connect(m_page, &StatePage::retryRequested, this, &DashboardView::retry);
-    connect(m_secretForm, &SecretForm::submitted, &model,
-            [&model](const QString &secret) { model.initiateConnection(secret); });
+    connect(m_page, &StatePage::retryRequested, &model, [&model] {
+        if (model.isConnected()) {
+            model.refreshSystemInfo();
+        } else {
+            model.initiateConnection();
+        }
+    });
     update();
 }
 
-QWidget *DashboardView::makeContent()
+AlertDialog *DashboardView::connectionAlert() const
 {
-    auto *area = new QScrollArea(this);
-    area->setFrameShape(QFrame::NoFrame);
-    area->setWidgetResizable(true);
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    area->setAccessibleName(tr("Dashboard"));
+    return m_connectionAlert;
+}
 
-    auto *body = new QWidget(area);
-    auto *information = new Card(m_theme, tr("System Information"), body);
-    m_facts = new KeyValueGrid(m_theme, information);
-    information->content().addWidget(m_facts);
-    information->content().addStretch();
-    m_fileSystemsCard = new Card(m_theme, tr("Filesystems"), body);
-    m_fileSystemsCard->content().addStretch();
-    m_refreshError = new TextLabel(m_theme, TextStyle::Detail, {}, TextLabel::Shade::Dim, body);
-    m_refreshError->setWordWrap(true);
-    m_refreshError->hide();
+AlertDialog *DashboardView::disconnectAlert() const
+{
+    return m_disconnectAlert;
+}
 
-    const int margin = Metrics::kPageMargin - Card::kShadow;
-    auto *grid = new QGridLayout;
-    grid->setSpacing(Metrics::kCardGap - 2 * Card::kShadow);
-    grid->setColumnStretch(0, 21);
-    grid->setColumnStretch(1, 20);
-    grid->addWidget(information, 0, 0);
-    grid->addWidget(m_fileSystemsCard, 0, 1);
-    auto *column = new QVBoxLayout(body);
-    column->setContentsMargins(margin, 12, margin, margin);
-    column->setSpacing(8);
-    column->addWidget(m_refreshError);
-    column->addLayout(grid);
-    column->addStretch();
-    area->setWidget(body);
-    return area;
+SecretForm *DashboardView::secretForm() const
+{
+    return m_secretForm;
 }
 
 void DashboardView::update()
 {
-    m_progress->setActive(m_model.isRefreshing() || m_model.connection() == Connection::Connecting);
-    if (m_model.systemInfo()) {
-        showFacts();
-    }
+    m_progress->setActive(m_model.isRefreshing() || m_model.isConnecting());
     showPage();
+    followAlerts();
 }
 
 void DashboardView::showPage()
 {
     const QString name = m_model.server().name;
-    if (m_model.connection() == Connection::Failed) {
-        showConnectionError();
-    } else if (m_model.connection() == Connection::NotConnected) {
-        m_page->showEmpty({tr("Not Connected"), tr("Connect to %1 to see its dashboard.").arg(name), {}},
-                          tr("Connect"));
-    } else if (m_model.systemInfo()) {
+    if (m_model.systemInfo()) {
         m_page->showContent();
-    } else if (m_model.refreshError()) {
-        m_page->showError(
-            {tr("System information is not available"),
-             tr("%1 is connected, but it did not answer the question for its system information.").arg(name),
-             *m_model.refreshError()});
-    } else if (m_model.connection() == Connection::Connecting) {
-        m_page->showLoading({tr("Connecting to %1").arg(name), {}, {}});
+    } else if (m_model.isConnected() && m_model.isRefreshing()) {
+        m_page->showLoading({tr("Loading system information..."), tr("Gathering server details via SSH..."), {}});
+    } else if (m_model.isConnected()) {
+        m_page->showError({tr("No System Information"), tr("Unable to retrieve system information from the server"),
+                           m_model.refreshError().value_or(QString())});
+    } else if (m_model.isConnecting()) {
+        m_page->showLoading(
+            {tr("Connecting..."), tr("Establishing connection to %1 to view system information").arg(name), {}});
     } else {
-        m_page->showLoading({tr("Loading system information"), {}, {}});
+        m_page->showEmpty({tr("Not Connected"), tr("Connect to %1 to view system information").arg(name),
+                           m_model.connectionErrorDetail()},
+                          tr("Connect"));
     }
 }
 
-void DashboardView::showConnectionError()
+void DashboardView::followAlerts()
 {
+    if (m_model.showingConnectionError() && !m_connectionAlert) {
+        showConnectionAlert();
+    } else if (!m_model.showingConnectionError() && m_connectionAlert) {
+        m_connectionAlert->reject();
+    }
+    if (m_model.showingDisconnectAlert() && !m_disconnectAlert) {
+        showDisconnectAlert();
+    } else if (!m_model.showingDisconnectAlert() && m_disconnectAlert) {
+        m_disconnectAlert->reject();
+    }
+}
+
+void DashboardView::showConnectionAlert()
+{
+    auto *extra = new QWidget;
+    auto *column = new QVBoxLayout(extra);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(12);
+    auto *detail =
+        new TextLabel(m_theme, TextStyle::Mono, m_model.connectionErrorDetail(), TextLabel::Shade::Dim, extra);
+    detail->setWordWrap(true);
+    detail->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    detail->setAccessibleName(tr("What ssh said"));
+    detail->setVisible(!m_model.connectionErrorDetail().isEmpty());
+    column->addWidget(detail);
     const WantedSecret wanted = m_model.wantedSecret();
-    const QString title = !m_model.lacksSecret()             ? tr("Connection Failed")
-                          : wanted == WantedSecret::Password ? tr("Password Required")
-                                                             : tr("Passphrase Required");
-    m_page->showError({title, m_model.connectionErrorMessage(), {}});
-    m_secretForm->setSecretName(wanted == WantedSecret::Passphrase ? tr("Passphrase") : tr("Password"));
-    m_secretForm->setVisible(wanted != WantedSecret::None);
-    m_page->button().setVisible(wanted == WantedSecret::None); // the form has a button of its own
-}
+    if (wanted != WantedSecret::None) {
+        m_secretForm = new SecretForm(extra);
+        m_secretForm->setSecretName(wanted == WantedSecret::Passphrase ? tr("Passphrase") : tr("Password"));
+        column->addWidget(m_secretForm);
+    }
 
-void DashboardView::showFacts()
-{
-    const SystemInfo &info = *m_model.systemInfo();
-    m_facts->setRows(rowsOf(info));
-    const QList<DiskInfo> disks = DashboardViewModel::sortedDiskUsage(info.diskUsage);
-    while (m_fileSystems.size() > disks.size()) {
-        delete m_fileSystems.takeLast();
-    }
-    while (m_fileSystems.size() < disks.size()) {
-        auto *bar = new UsageBar(m_theme, m_fileSystemsCard);
-        m_fileSystemsCard->content().insertWidget(m_fileSystemsCard->content().count() - 1, bar);
-        m_fileSystems.append(bar);
-    }
-    for (qsizetype i = 0; i < disks.size(); ++i) {
-        const DiskInfo &disk = disks.at(i);
-        const QString percent = disk.usePercent;
-        m_fileSystems.at(i)->setUsage(disk.mountPoint, disk.used + u" / "_s + disk.size, u'(' + percent + u')',
-                                      QString(percent).remove(u'%').toDouble());
-    }
-    m_refreshError->setVisible(m_model.refreshError().has_value());
-    if (m_model.refreshError()) {
-        m_refreshError->setText(tr("The last refresh failed: %1").arg(*m_model.refreshError()));
+    m_connectionAlert = new AlertDialog(m_theme,
+                                        {.title = tr("Connection Failed"),
+                                         .text = m_model.connectionErrorMessage(),
+                                         .buttons = {{tr("OK"), ButtonKind::Normal}},
+                                         .extra = extra},
+                                        this);
+    connect(m_connectionAlert, &AlertDialog::answered, this, [this] {
+        m_connectionAlert.clear(); // it may be needed again before this one is gone
+        m_secretForm.clear();
+        m_model.dismissConnectionError();
+    });
+    m_connectionAlert->open();
+    if (m_secretForm) {
+        connect(m_secretForm, &SecretForm::submitted, &m_model,
+                [this](const QString &secret) { m_model.initiateConnection(secret); });
+        m_secretForm->setFocus();
     }
 }
 
-void DashboardView::retry()
+void DashboardView::showDisconnectAlert()
 {
-    if (m_model.connection() == Connection::Connected) {
-        m_model.refreshSystemInfo();
-    } else {
-        m_model.initiateConnection();
-    }
+    const QString name = m_model.server().name;
+    m_disconnectAlert = new AlertDialog(
+        m_theme,
+        {.title = tr("Disconnect from Server"),
+         .text = tr("Are you sure you want to disconnect from %1? Any existing terminal sessions will be closed.")
+                     .arg(name),
+         .buttons = {{tr("Cancel"), ButtonKind::Normal}, {tr("Disconnect"), ButtonKind::Danger}}},
+        this);
+    connect(m_disconnectAlert, &AlertDialog::answered, this, [this](qsizetype button) {
+        m_disconnectAlert.clear();
+        if (button == 1) {
+            m_model.confirmDisconnect();
+        } else {
+            m_model.setShowingDisconnectAlert(false);
+        }
+    });
+    m_disconnectAlert->open();
 }

@@ -1,22 +1,20 @@
 #pragma once
 
-#include <QList>
-#include <QWidget>
+#include "Views/Components/SectionPage.h"
 
-class Card;
+#include <QPointer>
+
+class AlertDialog;
+class DashboardContent;
 class DashboardHeader;
 class DashboardViewModel;
-class KeyValueGrid;
 class ProgressLine;
-class QScrollArea;
 class SecretForm;
 class StatePage;
-class TextLabel;
 class Theme;
-class UsageBar;
 
 /// The dashboard of one server, laid out from its view model.
-class DashboardView : public QWidget
+class DashboardView : public SectionPage
 {
     Q_OBJECT
 
@@ -28,28 +26,29 @@ public:
 
     StatePage &page() const { return *m_page; }
 
-    KeyValueGrid &facts() const { return *m_facts; }
+    DashboardContent &content() const { return *m_content; }
 
-    const QList<UsageBar *> &fileSystems() const { return m_fileSystems; }
+    /// What is asked at the moment, if anything: "Connection Failed", or whether to disconnect.
+    AlertDialog *connectionAlert() const;
+    AlertDialog *disconnectAlert() const;
 
-    SecretForm &secretForm() const { return *m_secretForm; }
+    /// Where a secret is typed, in the alert about a failed connection; null when none is wanted.
+    SecretForm *secretForm() const;
 
 private:
-    QWidget *makeContent();
     void update();
     void showPage();
-    void showConnectionError();
-    void showFacts();
-    void retry();
+    void followAlerts();
+    void showConnectionAlert();
+    void showDisconnectAlert();
 
     const Theme &m_theme;
     DashboardViewModel &m_model;
     DashboardHeader *m_header;
     ProgressLine *m_progress;
-    KeyValueGrid *m_facts;
-    TextLabel *m_refreshError;
-    Card *m_fileSystemsCard;
-    QList<UsageBar *> m_fileSystems;
-    SecretForm *m_secretForm;
+    DashboardContent *m_content;
     StatePage *m_page;
+    QPointer<AlertDialog> m_connectionAlert;
+    QPointer<AlertDialog> m_disconnectAlert;
+    QPointer<SecretForm> m_secretForm;
 };

@@ -1,20 +1,14 @@
 #include "Views/Dashboard/DashboardViewModel.h"
 
+#include "Helpers/Clock.h"
 #include "Helpers/Tasks.h"
 #include "Models/ServerStore.h"
-#include "Services/Commands/CommandSSHManager.h"
-#include "Services/SSH/PrivateKeyFile.h"
+#include "Views/Dashboard/DashboardFigures.h"
 
 #include <QPointer>
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
-
-struct DashboardViewModel::Login {
-    bool succeeded = false;
-    bool hadSecret = false; ///< one was typed, or a password was kept
-    std::optional<QString> error;
-};
 
 namespace
 {
@@ -24,12 +18,6 @@ QCoro::Task<std::optional<Server>> currentRecord(QPointer<ServerStore> store, QU
     co_return store ? store->server(id) : std::nullopt;
 }
 
-// The manager's own words; the translation is looked up where the manager looks it up.
-QString passphraseWanted()
-{
-    return CommandSSHManager::tr("SSH key requires a passphrase. Please enter the passphrase for your SSH key.");
-}
-
 } // namespace
 
 DashboardViewModel::DashboardViewModel(const Services &services, const Server &server, QObject *parent)
@@ -37,9 +25,12 @@ DashboardViewModel::DashboardViewModel(const Services &services, const Server &s
     , m_services(services)
     , m_server(server)
     , m_systemInformation(MonitoredServer{services.manager, services.store, services.clock, server.id})
+    , m_sampler(MonitoredServer{services.manager, services.store, services.clock, server.id})
 {
     m_systemInformation.setSystemInfo(server.systemInfo);
     connect(&m_systemInformation, &SystemInformation::changed, this, &DashboardViewModel::changed);
+    connect(&m_sampler, &MetricsSampler::sampled, this, &DashboardViewModel::sampled);
+    connect(&m_sampler, &MetricsSampler::gpuMetricsChanged, this, &DashboardViewModel::gpuMetricsChanged);
     connect(&services.store, &ServerStore::serverUpdated, this, &DashboardViewModel::followStore);
 }
 
@@ -48,83 +39,134 @@ void DashboardViewModel::start()
     initiateConnection();
 }
 
+DashboardViewModel::Connection DashboardViewModel::connection() const
+{
+    if (m_isConnecting) {
+        return Connection::Connecting;
+    }
+    if (isConnected()) {
+        return Connection::Connected;
+    }
+    return m_hasFailed ? Connection::Failed : Connection::NotConnected;
+}
+
 void DashboardViewModel::initiateConnection(const std::optional<QString> &secret)
 {
-    if (m_connection == Connection::Connecting) {
+    if (m_isConnecting) {
         return;
     }
-    m_connection = Connection::Connecting;
+    m_isConnecting = true;
+    m_hasFailed = false;
+    m_showingConnectionError = false;
     m_connectionErrorMessage.clear();
+    m_connectionErrorDetail.clear();
     m_wantedSecret = WantedSecret::None;
+    m_attempt = std::make_shared<bool>(true);
     Q_EMIT changed();
 
     // The login proves something about the server also when nobody looks at it any more: the store is told in any
     // case, and this object only if it is still there.
-    whenDone(logIn(m_services, m_server, secret), &m_services.store,
-             [&store = m_services.store, server = m_server, self = QPointer(this)](const Login &login) {
+    whenDone(connectToServer(m_services, m_server, secret), &m_services.store,
+             [&store = m_services.store, server = m_server, attempt = m_attempt,
+              self = QPointer(this)](const ConnectionOutcome &outcome) {
+                 if (!*attempt) {
+                     return;
+                 }
+                 const bool wasConnected = self && self->isConnected();
+                 if (self) {
+                     self->m_isConnecting = false;
+                 }
                  const auto record = store.server(server.id);
-                 if (record && (login.succeeded || record->isConnected)) {
-                     store.updateServerConnection(server, login.succeeded);
+                 if (record && (outcome.succeeded || record->isConnected)) {
+                     store.updateServerConnection(server, outcome.succeeded);
                  }
                  if (self) {
-                     self->loginEnded(login);
+                     self->connectionEnded(outcome, wasConnected);
                  }
              });
 }
 
-QCoro::Task<DashboardViewModel::Login> DashboardViewModel::logIn(Services services, Server server,
-                                                                 std::optional<QString> secret)
+QCoro::Task<ConnectionOutcome> DashboardViewModel::connectToServer(Services services, Server server,
+                                                                   std::optional<QString> secret)
 {
     const auto secretOf = [&](AuthMethod method) { return server.authMethod == method ? secret : std::nullopt; };
     const QPointer<ServerStore> store(&services.store);
-    Login login;
-    login.hadSecret = secret.has_value() || (server.authMethod == AuthMethod::Password &&
-                                             (co_await services.manager.getSessionPassword(server)).has_value());
-    login.succeeded =
-        co_await services.manager.connect(server, secretOf(AuthMethod::Password), secretOf(AuthMethod::PublicKey),
-                                          [store, id = server.id] { return currentRecord(store, id); });
-    if (!login.succeeded) {
-        login.error = services.manager.connectionError();
-    }
-    co_return login;
+    return services.manager.attemptConnection(server, secretOf(AuthMethod::Password), secretOf(AuthMethod::PublicKey),
+                                              [store, id = server.id] { return currentRecord(store, id); });
 }
 
-void DashboardViewModel::loginEnded(const Login &login)
+void DashboardViewModel::connectionEnded(const ConnectionOutcome &outcome, bool wasConnected)
 {
-    if (login.succeeded) {
-        m_connection = Connection::Connected;
-        Q_EMIT changed();
+    if (!outcome.succeeded) {
+        showFailure(outcome);
+    } else if (wasConnected) { // otherwise the store's change has done it
         refreshSystemInfoIfNeeded();
-        return;
-    }
-    m_connection = Connection::Failed;
-    m_connectionErrorMessage = login.error.value_or(tr("Failed to connect to %1. Please check:\n\n"
-                                                       "• Host is reachable (use IP address like 192.168.1.100)\n"
-                                                       "• SSH service is running on port %2\n"
-                                                       "• Credentials are correct\n"
-                                                       "• Network connectivity")
-                                                        .arg(m_server.name, QString::number(m_server.port)));
-    m_lacksSecret = !login.hadSecret;
-    if (m_server.authMethod == AuthMethod::Password) {
-        m_wantedSecret = WantedSecret::Password;
-    } else if (login.error == passphraseWanted()) {
-        m_wantedSecret = WantedSecret::Passphrase;
-    } else if (m_server.authMethod == AuthMethod::PublicKey &&
-               isPrivateKeyLocked(m_server.privateKeyPath.value_or(QString()))) {
-        // In batch mode the client passes over a locked key without a word about it.
-        m_wantedSecret = WantedSecret::Passphrase;
-        m_connectionErrorMessage = login.hadSecret ? m_connectionErrorMessage : passphraseWanted();
     }
     Q_EMIT changed();
+}
+
+void DashboardViewModel::showFailure(const ConnectionOutcome &outcome)
+{
+    const QString general = tr("Failed to connect to %1. Please check:\n\n"
+                               "• Host is reachable (use IP address like 192.168.1.100)\n"
+                               "• SSH service is running on port %2\n"
+                               "• Credentials are correct\n"
+                               "• Network connectivity")
+                                .arg(m_server.name, QString::number(m_server.port));
+    m_hasFailed = true;
+    m_showingConnectionError = true;
+    m_connectionErrorMessage = outcome.isPassphraseNeeded ? tr("SSH key requires a passphrase.\n\n"
+                                                               "To add a passphrase:\n"
+                                                               "1. Right-click the server and select 'Edit Server'\n"
+                                                               "2. Enter the passphrase in the 'Passphrase' field\n"
+                                                               "3. Click the key icon to save it to Keychain\n"
+                                                               "4. Save the server and try connecting again")
+                                                          : outcome.error.value_or(general);
+    m_connectionErrorDetail = outcome.reason;
+    if (m_server.authMethod == AuthMethod::Password) {
+        m_wantedSecret = WantedSecret::Password;
+    } else if (outcome.isKeyLocked || outcome.isPassphraseNeeded) {
+        m_wantedSecret = WantedSecret::Passphrase;
+    }
+}
+
+void DashboardViewModel::abandonConnection()
+{
+    if (std::exchange(m_isConnecting, false)) {
+        *m_attempt = false;
+    }
+}
+
+void DashboardViewModel::dismissConnectionError()
+{
+    if (std::exchange(m_showingConnectionError, false)) {
+        Q_EMIT changed();
+    }
+}
+
+void DashboardViewModel::setShowingDisconnectAlert(bool isShowing)
+{
+    if (std::exchange(m_showingDisconnectAlert, isShowing) != isShowing) {
+        Q_EMIT changed();
+    }
+}
+
+void DashboardViewModel::confirmDisconnect()
+{
+    const QPointer<DashboardViewModel> self(this);
+    setShowingDisconnectAlert(false);
+    if (self) {
+        Q_EMIT disconnectRequested();
+    }
 }
 
 void DashboardViewModel::disconnectFromServer()
 {
     m_services.manager.disconnect(m_server);
-    m_connection = Connection::NotConnected;
+    abandonConnection();
     m_systemInformation.cancel();
+    m_systemInformation.setSystemInfo(std::nullopt);
     m_services.store.updateServerConnection(m_server, false);
-    Q_EMIT changed();
 }
 
 void DashboardViewModel::refreshSystemInfoIfNeeded()
@@ -144,14 +186,75 @@ void DashboardViewModel::followStore(qsizetype index)
         return;
     }
     const bool factsChanged = stored.systemInfo != m_server.systemInfo;
-    m_server = stored;
+    const bool wasConnected = std::exchange(m_server, stored).isConnected;
     if (factsChanged) {
-        m_systemInformation.setSystemInfo(stored.systemInfo);
+        m_systemInformation.setSystemInfo(m_server.systemInfo);
     }
-    if (!stored.isConnected && m_connection == Connection::Connected) {
-        m_connection = Connection::NotConnected;
+    if (!wasConnected && isConnected()) {
+        connectionCame();
+    } else if (wasConnected && !isConnected()) {
+        abandonConnection(); // a login that is under way was made with what has just been dropped
+        m_showingDisconnectAlert = false;
+        m_systemInformation.cancel();
     }
     Q_EMIT changed();
+}
+
+void DashboardViewModel::connectionCame()
+{
+    m_hasFailed = false;
+    refreshSystemInfoIfNeeded();
+    if (m_sampler.isMonitoring()) { // its rates would reach back to before the gap
+        m_sampler.stopMonitoring();
+        m_sampler.startMonitoring();
+    } else if (isExpanded(kGPUDevices)) {
+        detectGPUs();
+    }
+}
+
+void DashboardViewModel::setActive(bool isActive)
+{
+    m_isActive = isActive;
+    followMonitoring();
+}
+
+void DashboardViewModel::setExpanded(const QString &section, bool isExpanded)
+{
+    if (isExpanded == this->isExpanded(section)) {
+        return;
+    }
+    if (isExpanded) {
+        m_expandedSections.insert(section);
+    } else {
+        m_expandedSections.remove(section);
+    }
+    Q_EMIT expandedSectionsChanged();
+    followMonitoring();
+    if (isExpanded && section == kGPUDevices) {
+        detectGPUs();
+    }
+}
+
+void DashboardViewModel::followMonitoring()
+{
+    if (m_isActive && isExpanded(kMonitoring)) {
+        m_sampler.startMonitoring();
+    } else {
+        m_sampler.stopMonitoring();
+    }
+}
+
+void DashboardViewModel::detectGPUs()
+{
+    if (!gpuMetrics() && isConnected() && !std::exchange(m_isDetectingGPUs, true)) {
+        whenDone(m_sampler.fetchGPUMetrics(), this, [this] { m_isDetectingGPUs = false; });
+    }
+}
+
+QString DashboardViewModel::sampleAge(qsizetype index) const
+{
+    const bool isThere = index >= 0 && index < metricsHistory().size();
+    return isThere ? DashboardFigures::age(metricsHistory().at(index).timestamp, m_services.clock.now()) : QString();
 }
 
 QList<DiskInfo> DashboardViewModel::sortedDiskUsage(QList<DiskInfo> disks)

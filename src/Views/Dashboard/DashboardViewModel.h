@@ -1,18 +1,21 @@
 #pragma once
 
 #include "Models/Server.h"
+#include "Services/Commands/CommandSSHManager.h"
+#include "Services/Monitoring/MetricsSampler.h"
 #include "Services/Monitoring/SystemInformation.h"
 
-#include <QCoroTask>
 #include <QObject>
+#include <QSet>
+#include <memory>
 #include <optional>
 
 class Clock;
-class CommandSSHManager;
 class ServerStore;
 
-/// The first screen of one selected server: makes the connection and fetches the facts. It may be destroyed at any
-/// moment; what is under way then ends by itself, and only the store learns of it.
+/// The first screen of one selected server: makes the connection, fetches the facts and, while the operator looks at
+/// them, samples the load. It may be destroyed at any moment; what is under way then ends by itself, and only the
+/// store learns of it.
 class DashboardViewModel : public QObject
 {
     Q_OBJECT
@@ -27,8 +30,13 @@ public:
 
     enum class Connection { NotConnected, Connecting, Connected, Failed };
 
-    /// What the operator has to type for a connection.
+    /// What the operator may type for another attempt after one that failed.
     enum class WantedSecret { None, Password, Passphrase };
+
+    /// The keys of expandedSections().
+    static constexpr auto kStorageDevices = QLatin1StringView("storage_devices");
+    static constexpr auto kGPUDevices = QLatin1StringView("gpu_devices");
+    static constexpr auto kMonitoring = QLatin1StringView("monitoring");
 
     DashboardViewModel(const Services &services, const Server &server, QObject *parent = nullptr);
 
@@ -38,15 +46,27 @@ public:
     /// The record as it stands in the store.
     const Server &server() const { return m_server; }
 
-    Connection connection() const { return m_connection; }
+    /// An attempt to connect is under way; also with a server that counts as connected.
+    bool isConnecting() const { return m_isConnecting; }
 
-    /// Of a failed connection, in words for the operator.
+    bool isConnected() const { return m_server.isConnected; }
+
+    /// The two in one word, with Failed when the last attempt did and none has been made since.
+    Connection connection() const;
+
+    /// A failure is to be put before the operator.
+    bool showingConnectionError() const { return m_showingConnectionError; }
+
+    /// Of the last attempt that failed, in words for the operator; it stays when the failure has been seen.
     QString connectionErrorMessage() const { return m_connectionErrorMessage; }
+
+    /// What the client said to it, in one line; empty when it said nothing.
+    QString connectionErrorDetail() const { return m_connectionErrorDetail; }
 
     WantedSecret wantedSecret() const { return m_wantedSecret; }
 
-    /// Nothing has failed yet but that there was no secret to try.
-    bool lacksSecret() const { return m_lacksSecret && m_wantedSecret != WantedSecret::None; }
+    /// The question whether to disconnect is to be put before the operator.
+    bool showingDisconnectAlert() const { return m_showingDisconnectAlert; }
 
     const std::optional<SystemInfo> &systemInfo() const { return m_systemInformation.systemInfo(); }
 
@@ -56,14 +76,43 @@ public:
     /// that were there before stay.
     const std::optional<QString> &refreshError() const { return m_systemInformation.refreshError(); }
 
+    const QSet<QString> &expandedSections() const { return m_expandedSections; }
+
+    bool isExpanded(const QString &section) const { return m_expandedSections.contains(section); }
+
+    /// The newest sample, and the newest sixty, oldest first.
+    const std::optional<MetricsSnapshot> &currentMetrics() const { return m_sampler.currentMetrics(); }
+
+    const QList<MetricsSnapshot> &metricsHistory() const { return m_sampler.metricsHistory(); }
+
+    const std::optional<GPUMetrics> &gpuMetrics() const { return m_sampler.gpuMetrics(); }
+
+    bool isMonitoring() const { return m_sampler.isMonitoring(); }
+
+    /// How long ago the sample at this place of the history was taken, in words.
+    QString sampleAge(qsizetype index) const;
+
     /// The root file system first, the others by their mount point.
     static QList<DiskInfo> sortedDiskUsage(QList<DiskInfo> disks);
 
 public Q_SLOTS:
+    /// The screen comes on show, or goes. Samples are taken only while it is on show and the section is open.
+    void setActive(bool isActive);
+
+    void setExpanded(const QString &section, bool isExpanded);
+
     /// Logs in, with `secret` if the operator typed one. Does nothing while a login is under way.
     void initiateConnection(const std::optional<QString> &secret = std::nullopt);
 
-    /// Ends the session: the pooled connection and the secrets kept for it.
+    /// The failure has been seen.
+    void dismissConnectionError();
+
+    void setShowingDisconnectAlert(bool isShowing);
+
+    /// The operator has agreed: tells it by disconnectRequested().
+    void confirmDisconnect();
+
+    /// Ends the session: the pooled connection and the secrets kept for it. The facts go from the screen.
     void disconnectFromServer();
 
     /// Fetches the facts unless those at hand are young and complete.
@@ -73,21 +122,45 @@ public Q_SLOTS:
     void refreshSystemInfo();
 
 Q_SIGNALS:
-    /// Anything of the above is different now.
+    /// Anything is different now but what the other signals tell.
     void changed();
+    void expandedSectionsChanged();
+    void gpuMetricsChanged();
+
+    /// A sample is whole.
+    void sampled();
+
+    /// The operator wants the session to end, with all that belongs to it.
+    void disconnectRequested();
 
 private:
-    struct Login;
-    static QCoro::Task<Login> logIn(Services services, Server server, std::optional<QString> secret);
+    /// Whether the outcome of a login still says something about the server.
+    using Validity = std::shared_ptr<bool>;
 
-    void loginEnded(const Login &login);
+    static QCoro::Task<ConnectionOutcome> connectToServer(Services services, Server server,
+                                                          std::optional<QString> secret);
+
+    void connectionEnded(const ConnectionOutcome &outcome, bool wasConnected);
+    void showFailure(const ConnectionOutcome &outcome);
+    void abandonConnection();
     void followStore(qsizetype index);
+    void connectionCame();
+    void followMonitoring();
+    void detectGPUs();
 
     Services m_services;
     Server m_server;
-    Connection m_connection = Connection::NotConnected;
+    bool m_isConnecting = false;
+    bool m_hasFailed = false;
+    bool m_showingConnectionError = false;
+    bool m_showingDisconnectAlert = false;
+    bool m_isActive = false;
+    bool m_isDetectingGPUs = false;
+    Validity m_attempt;
     QString m_connectionErrorMessage;
+    QString m_connectionErrorDetail;
     WantedSecret m_wantedSecret = WantedSecret::None;
-    bool m_lacksSecret = false;
+    QSet<QString> m_expandedSections;
     SystemInformation m_systemInformation;
+    MetricsSampler m_sampler;
 };

@@ -93,6 +93,9 @@ void ContentView::followSelection()
     m_dashboard = new DashboardView(m_theme, *m_dashboardModel, m_sections);
     m_sections->layout()->addWidget(m_dashboard);
     m_page->showContent();
+    connect(m_dashboardModel, &DashboardViewModel::disconnectRequested, m_dashboardModel,
+            &DashboardViewModel::disconnectFromServer);
+    m_dashboard->setActive(true);
     connect(m_dashboardModel, &DashboardViewModel::changed, this, [this] {
         const bool isConnecting = m_dashboardModel->connection() == DashboardViewModel::Connection::Connecting;
         m_serverList->model().setConnecting(isConnecting ? m_dashboardModel->server().id : QUuid());

@@ -1,6 +1,9 @@
 #include "Views/Dashboard/DashboardViewModel.h"
 #include "Views/FakeTransport.h"
 
+#include "Services/Commands/NetworkCommands.h"
+#include "Services/Commands/SystemCommands.h"
+
 #include <QSignalSpy>
 #include <QTest>
 
@@ -46,7 +49,17 @@ private Q_SLOTS:
     void failuresInWords();
     void asksForAPassword();
     void retries();
+    void oneAttemptDoesNotTellForAnother();
     void disconnects();
+    void asksBeforeItDisconnects();
+    void aLoginThatWasOvertakenByADisconnect();
+    void connectedElsewhere();
+    void monitoringFollowsTheSection();
+    void monitoringFollowsTheScreen();
+    void ratesBeginAnewAfterAReconnect();
+    void closedAndOpenedAgainKeepsTheCurves();
+    void looksForGPUs();
+    void goneWhileSampling();
     void goneInTheMiddle();
     void deletedInTheMiddle();
     void rootFileSystemFirst();
@@ -58,6 +71,44 @@ private:
             DashboardViewModel::Services{m_transport->manager, m_transport->store, m_transport->clock}, server);
         m_model->start();
         return *m_model;
+    }
+
+    // Connects, with facts that are young enough to be kept.
+    DashboardViewModel &startConnected()
+    {
+        Server server = m_transport->add(u"web"_s);
+        server.systemInfo = SystemInfo{.hostname = u"kept"_s, .lastUpdated = m_transport->clock.now()};
+        server.systemInfo->storageDevices.emplace();
+        m_transport->store.updateServer(server);
+        start(server);
+        [&] { QTRY_COMPARE(m_model->connection(), Connection::Connected); }();
+        return *m_model;
+    }
+
+    // Answers the commands that wait and those that follow from them, until none is left.
+    void answerSamples(qint64 receivedBytes = 0)
+    {
+        while (!m_transport->calls.isEmpty()) {
+            const QString line = m_transport->calls.constFirst().command;
+            const QByteArray received = QByteArray::number(receivedBytes);
+            m_transport->answer(line == GetCPUUsageCommand().commandString()        ? "25.0\n"
+                                : line == GetMemoryMetricsCommand().commandString() ? "TOTAL:1000|USED:500\n"
+                                : line == GetNetworkMetricsCommand().commandString()
+                                    ? "eth0|" + received + "|0|0|0|0|0\n"
+                                : line == GetGPUMetricsCommand().commandString()
+                                    ? QByteArray("MIXED_VENDOR_START\nMIXED_VENDOR_END\n")
+                                    : QByteArray());
+            QCoreApplication::processEvents();
+        }
+    }
+
+    int linesOf(const QString &command) const
+    {
+        int count = 0;
+        for (const auto &call : m_transport->calls) {
+            count += call.command == command ? 1 : 0;
+        }
+        return count;
     }
 
     // Answers the question for the facts, then that for the devices, which follows it.
@@ -159,15 +210,31 @@ void TestDashboardViewModel::failuresInWords_data()
 {
     QTest::addColumn<AuthMethod>("method");
     QTest::addColumn<QByteArray>("error");
-    QTest::addColumn<QString>("begin");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("detail");
     QTest::addColumn<WantedSecret>("wanted");
-    QTest::newRow("refused key") << AuthMethod::PublicKey << QByteArray("Permission denied (publickey).")
-                                 << u"Failed to authenticate with SSH key."_s << WantedSecret::None;
-    QTest::newRow("locked key") << AuthMethod::PublicKey << QByteArray("Enter passphrase for key '/key'")
-                                << u"SSH key requires a passphrase."_s << WantedSecret::Passphrase;
-    QTest::newRow("agent") << AuthMethod::SshAgent << QByteArray("Connection refused")
-                           << u"Failed to connect to <b>web. Please check:"_s << WantedSecret::None;
-    QTest::newRow("password") << AuthMethod::Password << QByteArray() << u"Failed to connect."_s
+    const QString refusedKey = u"Failed to authenticate with SSH key. Please check your key path and permissions."_s;
+    QTest::newRow("refused key") << AuthMethod::PublicKey << QByteArray("ops@h: Permission denied (publickey).\r\n")
+                                 << refusedKey << u"ops@h: Permission denied (publickey)."_s << WantedSecret::None;
+    QTest::newRow("locked key") << AuthMethod::PublicKey
+                                << QByteArray("Load key \"/key\": incorrect passphrase supplied to decrypt")
+                                << u"SSH key requires a passphrase.\n\nTo add a passphrase:\n"
+                                   "1. Right-click the server and select 'Edit Server'\n"
+                                   "2. Enter the passphrase in the 'Passphrase' field\n"
+                                   "3. Click the key icon to save it to Keychain\n"
+                                   "4. Save the server and try connecting again"_s
+                                << u"Load key \"/key\": incorrect passphrase supplied to decrypt"_s
+                                << WantedSecret::Passphrase;
+    QTest::newRow("agent") << AuthMethod::SshAgent
+                           << QByteArray("ssh: connect to host h port 22: Connection refused\r\nsome more words\n")
+                           << u"Failed to connect to <b>web. Please check:\n\n"
+                              "• Host is reachable (use IP address like 192.168.1.100)\n"
+                              "• SSH service is running on port 22\n"
+                              "• Credentials are correct\n"
+                              "• Network connectivity"_s
+                           << u"ssh: connect to host h port 22: Connection refused"_s << WantedSecret::None;
+    QTest::newRow("password") << AuthMethod::Password << QByteArray()
+                              << u"Failed to connect. Please check your password and try again."_s << QString()
                               << WantedSecret::Password;
 }
 
@@ -175,15 +242,22 @@ void TestDashboardViewModel::failuresInWords()
 {
     QFETCH(AuthMethod, method);
     QFETCH(QByteArray, error);
-    QFETCH(QString, begin);
     m_transport->setLogin(false, error);
     const Server server = m_transport->add(u"<b>web"_s, method);
     const auto &model = start(server);
     QTRY_COMPARE(model.connection(), Connection::Failed);
-    QCOMPARE(model.connectionErrorMessage().left(begin.size()), begin);
+    QVERIFY(!model.isConnecting());
+    QVERIFY(model.showingConnectionError());
+    QTEST(model.connectionErrorMessage(), "message");
+    QTEST(model.connectionErrorDetail(), "detail");
     QTEST(model.wantedSecret(), "wanted");
     QVERIFY(!m_transport->store.server(server.id)->isConnected);
     QVERIFY(m_transport->calls.isEmpty());
+    QCOMPARE(m_transport->logins(), method == AuthMethod::Password ? 0 : 1);
+
+    m_model->dismissConnectionError();
+    QVERIFY(!model.showingConnectionError());
+    QTEST(model.connectionErrorDetail(), "detail");
 }
 
 void TestDashboardViewModel::asksForAPassword()
@@ -191,11 +265,9 @@ void TestDashboardViewModel::asksForAPassword()
     const auto &model = start(m_transport->add(u"web"_s, AuthMethod::Password));
     QTRY_COMPARE(model.wantedSecret(), WantedSecret::Password);
     QCOMPARE(m_transport->logins(), 0); // there was nothing to try
-    QVERIFY(model.lacksSecret());
     m_transport->setLogin(false, "Permission denied");
     m_model->initiateConnection(u"wrong"_s);
     QTRY_COMPARE(model.connection(), Connection::Failed);
-    QVERIFY(!model.lacksSecret());
     QCOMPARE(model.wantedSecret(), WantedSecret::Password);
     m_transport->setLogin(true);
     m_model->initiateConnection(u"secret"_s);
@@ -221,6 +293,29 @@ void TestDashboardViewModel::retries()
     QCOMPARE(m_transport->logins(), 2);
 }
 
+void TestDashboardViewModel::oneAttemptDoesNotTellForAnother()
+{
+    // The second begins and fails while the first is on its way, whose own failure has no words of the manager's.
+    m_transport->setLogin(false, "Connection refused");
+    m_transport->holdLogins();
+    const auto &model = start(m_transport->add(u"first"_s, AuthMethod::SshAgent));
+    QTRY_COMPARE(m_transport->logins(), 1);
+    Server second = m_transport->add(u"second"_s);
+    second.privateKeyPath.reset();
+    m_transport->store.updateServer(second);
+    DashboardViewModel other({m_transport->manager, m_transport->store, m_transport->clock}, second);
+    other.start();
+    QTRY_COMPARE(other.connection(), Connection::Failed);
+    QCOMPARE(other.connectionErrorMessage(), u"SSH key path is required for key authentication"_s);
+    QVERIFY(m_transport->manager.isConnecting()); // the first one is
+
+    m_transport->letLoginsEnd();
+    QTRY_COMPARE(model.connection(), Connection::Failed);
+    QVERIFY(model.connectionErrorMessage().startsWith(u"Failed to connect to first."_s));
+    QCOMPARE(model.connectionErrorDetail(), u"Connection refused"_s);
+    QVERIFY(!m_transport->manager.isConnecting());
+}
+
 void TestDashboardViewModel::disconnects()
 {
     const Server server = m_transport->add(u"web"_s);
@@ -229,10 +324,173 @@ void TestDashboardViewModel::disconnects()
     m_model->disconnectFromServer();
     QCOMPARE(model.connection(), Connection::NotConnected);
     QVERIFY(!model.isRefreshing());
+    QVERIFY(!model.systemInfo());
     QVERIFY(!m_transport->store.server(server.id)->isConnected);
     m_transport->answer(factsOf("late"));
     QTest::qWait(20);
     QVERIFY(!model.systemInfo());
+}
+
+void TestDashboardViewModel::asksBeforeItDisconnects()
+{
+    startConnected();
+    QSignalSpy requests(m_model.get(), &DashboardViewModel::disconnectRequested);
+    m_model->setShowingDisconnectAlert(true);
+    QVERIFY(m_model->showingDisconnectAlert());
+    m_model->setShowingDisconnectAlert(false);
+    QVERIFY(requests.isEmpty());
+    m_model->setShowingDisconnectAlert(true);
+    m_model->confirmDisconnect();
+    QVERIFY(!m_model->showingDisconnectAlert());
+    QCOMPARE(requests.size(), 1);
+    QVERIFY(m_model->isConnected()); // it is the window that does it
+}
+
+void TestDashboardViewModel::aLoginThatWasOvertakenByADisconnect()
+{
+    Server server = m_transport->add(u"web"_s);
+    m_transport->store.updateServerConnection(server, true);
+    m_transport->holdLogins();
+    const auto &model = start(*m_transport->store.server(server.id)); // selected again: proves itself once more
+    QTRY_COMPARE(m_transport->logins(), 1);
+    QVERIFY(model.isConnected() && model.isConnecting());
+    m_transport->store.updateServerConnection(server, false);
+    QVERIFY(!model.isConnecting());
+    m_transport->letLoginsEnd();
+    QTest::qWait(100);
+    QVERIFY(!m_transport->store.server(server.id)->isConnected);
+    QCOMPARE(model.connection(), Connection::NotConnected);
+    QVERIFY(m_transport->calls.isEmpty());
+}
+
+void TestDashboardViewModel::connectedElsewhere()
+{
+    m_transport->setLogin(false, "Connection refused");
+    const Server server = m_transport->add(u"web"_s);
+    const auto &model = start(server);
+    QTRY_COMPARE(model.connection(), Connection::Failed);
+    m_transport->store.updateServerConnection(server, true);
+    QCOMPARE(model.connection(), Connection::Connected);
+    QVERIFY(model.isRefreshing());
+    answerFacts(factsOf("web-01"));
+    QTRY_COMPARE(model.systemInfo()->hostname, u"web-01"_s);
+}
+
+void TestDashboardViewModel::monitoringFollowsTheSection()
+{
+    const auto &model = startConnected();
+    m_model->setActive(true);
+    QVERIFY(!model.isMonitoring());
+    m_model->setExpanded(DashboardViewModel::kStorageDevices, true);
+    QVERIFY(!model.isMonitoring() && m_transport->calls.isEmpty());
+
+    QSignalSpy samples(m_model.get(), &DashboardViewModel::sampled);
+    m_model->setExpanded(DashboardViewModel::kMonitoring, true);
+    QVERIFY(model.isMonitoring());
+    answerSamples();
+    QCOMPARE(samples.size(), 1);
+    QCOMPARE(model.currentMetrics()->cpuUsage, 25.0);
+    QCOMPARE(model.metricsHistory().size(), 1);
+    QVERIFY(model.gpuMetrics() && model.gpuMetrics()->gpus.isEmpty());
+    m_transport->clock.advance(5000);
+    QCOMPARE(model.sampleAge(0), u"5 s ago"_s);
+    QVERIFY(model.sampleAge(1).isEmpty());
+
+    m_model->setExpanded(DashboardViewModel::kMonitoring, false);
+    QVERIFY(!model.isMonitoring());
+    QTest::qWait(1200); // longer than until the second sample
+    QVERIFY(m_transport->calls.isEmpty());
+    QCOMPARE(model.metricsHistory().size(), 1);
+}
+
+void TestDashboardViewModel::monitoringFollowsTheScreen()
+{
+    const auto &model = startConnected();
+    m_model->setExpanded(DashboardViewModel::kMonitoring, true);
+    QVERIFY(!model.isMonitoring()); // nobody is looking
+    m_model->setActive(true);
+    QVERIFY(model.isMonitoring());
+    m_model->setActive(false);
+    QVERIFY(!model.isMonitoring());
+    m_model->setExpanded(DashboardViewModel::kMonitoring, false);
+    m_model->setActive(true);
+    QVERIFY(!model.isMonitoring());
+}
+
+void TestDashboardViewModel::ratesBeginAnewAfterAReconnect()
+{
+    startConnected();
+    m_model->setActive(true);
+    m_model->setExpanded(DashboardViewModel::kMonitoring, true);
+    answerSamples(1'000'000);
+    m_transport->store.updateServerConnection(m_model->server(), false);
+    m_transport->clock.advance(60'000);
+    m_transport->store.updateServerConnection(m_model->server(), true);
+    QVERIFY(m_model->isMonitoring());
+    QTRY_VERIFY(!m_transport->calls.isEmpty()); // at once, not with the next tick
+    answerSamples(9'000'000);
+    QCOMPARE(m_model->metricsHistory().size(), 2);
+    QCOMPARE(m_model->currentMetrics()->networkMetrics.interfaces.constFirst().receiveBytesPerSec, 0);
+    QTRY_VERIFY(!m_transport->calls.isEmpty());
+    m_transport->clock.advance(1000);
+    answerSamples(9'500'000);
+    QCOMPARE(m_model->currentMetrics()->networkMetrics.interfaces.constFirst().receiveBytesPerSec, 500'000);
+}
+
+void TestDashboardViewModel::closedAndOpenedAgainKeepsTheCurves()
+{
+    startConnected();
+    m_model->setActive(true);
+    m_model->setExpanded(DashboardViewModel::kMonitoring, true);
+    answerSamples(1'000'000);
+    QCOMPARE(m_model->metricsHistory().size(), 1);
+    m_transport->clock.advance(1000);
+    for (int i = 0; i < 5; ++i) { // faster than any answer
+        m_model->setExpanded(DashboardViewModel::kMonitoring, false);
+        m_model->setExpanded(DashboardViewModel::kMonitoring, true);
+    }
+    QCOMPARE(linesOf(GetCPUUsageCommand().commandString()), 1);
+    answerSamples(5'000'000);
+    QCOMPARE(m_model->metricsHistory().size(), 2);
+    QCOMPARE(m_model->currentMetrics()->networkMetrics.interfaces.constFirst().receiveBytesPerSec, 0);
+}
+
+void TestDashboardViewModel::looksForGPUs()
+{
+    const auto &model = startConnected();
+    QSignalSpy found(m_model.get(), &DashboardViewModel::gpuMetricsChanged);
+    for (int i = 0; i < 3; ++i) {
+        m_model->setExpanded(DashboardViewModel::kGPUDevices, true);
+        m_model->setExpanded(DashboardViewModel::kGPUDevices, false);
+    }
+    QCOMPARE(m_transport->calls.size(), 1); // one question at a time
+    m_transport->answer("nothing of use");
+    QTest::qWait(10);
+    QVERIFY(!model.gpuMetrics());
+
+    m_model->setExpanded(DashboardViewModel::kGPUDevices, true);
+    QCOMPARE(m_transport->calls.size(), 1);
+    m_transport->answer("MIXED_VENDOR_START\nMIXED_VENDOR_END\n");
+    QTRY_VERIFY(model.gpuMetrics());
+    QCOMPARE(found.size(), 1);
+    m_model->setExpanded(DashboardViewModel::kGPUDevices, false);
+    m_model->setExpanded(DashboardViewModel::kGPUDevices, true);
+    QVERIFY(m_transport->calls.isEmpty()); // known by now
+}
+
+void TestDashboardViewModel::goneWhileSampling()
+{
+    startConnected();
+    m_model->setActive(true);
+    m_model->setExpanded(DashboardViewModel::kMonitoring, true);
+    QVERIFY(!m_transport->calls.isEmpty());
+    m_model.reset();
+    const qsizetype asked = m_transport->calls.size();
+    for (qsizetype i = 0; i < asked; ++i) {
+        m_transport->answer("25.0\n");
+    }
+    QTest::qWait(50);
+    QVERIFY(m_transport->calls.isEmpty()); // no further command of the sample
 }
 
 void TestDashboardViewModel::goneInTheMiddle()

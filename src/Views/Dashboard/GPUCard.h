@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Models/Metrics.h"
+#include "Views/Components/ChartCard.h"
+
+/// The mean load of the graphics processors, a curve for each of them, and the first ones by name.
+class GPUCard : public ChartCard
+{
+    Q_OBJECT
+
+public:
+    /// Processors that get a curve; a server may tell of any number.
+    static constexpr qsizetype kMostCurves = 16;
+
+    explicit GPUCard(const Theme &theme, QWidget *parent = nullptr);
+
+    void setMetrics(const GPUMetrics &gpuMetrics, const QList<MetricsSnapshot> &metricsHistory);
+};
