@@ -88,6 +88,18 @@ public:
     /// All records, shown or not, as they came.
     QList<Record> records() const { return m_records.first(total()); }
 
+    /// Those on show, in the order of their rows.
+    QList<Record> shownRecords() const
+    {
+        QList<Record> shown;
+        for (int row = 0; row < rowCount(); ++row) {
+            if (!isGone(row)) {
+                shown.append(recordAt(row));
+            }
+        }
+        return shown;
+    }
+
     const Record &recordAt(int row) const { return m_records.at(record(row)); }
 
     /// Null for an identity that is not there. Valid until the next records.
