@@ -21,6 +21,13 @@ std::optional<qint64> ticksOf(QByteArrayView output, QByteArrayView name)
     return std::nullopt;
 }
 
+// Where kill is a part of the shell, as in csh, it complains on standard output.
+QString complaint(const CommandResult &result)
+{
+    const QByteArray error = result.error.trimmed();
+    return QString::fromUtf8(error.isEmpty() ? result.output.trimmed() : error);
+}
+
 } // namespace
 
 std::optional<ProcessStart> ProcessStart::parse(QByteArrayView output, qint64 pid)
@@ -37,8 +44,10 @@ QCoro::Task<ProcessSignals::StartAnswer> ProcessSignals::findStart(CommandSSHMan
                                                                    qint64 pid)
 {
     const CommandResult result = (co_await manager.executeSSHCommand(ProcessStartCommand(pid), server)).result;
-    co_return StartAnswer{result.succeeded() ? ProcessStart::parse(result.output, pid) : std::nullopt,
-                          QString::fromUtf8(result.error.trimmed())};
+    if (!result.succeeded()) {
+        co_return StartAnswer{.start = {}, .isAnswered = false, .error = complaint(result)};
+    }
+    co_return StartAnswer{ProcessStart::parse(result.output, pid), true, {}};
 }
 
 QCoro::Task<ProcessSignals::Answer> ProcessSignals::send(CommandSSHManager &manager, Server server, Request request,
@@ -57,9 +66,7 @@ QCoro::Task<ProcessSignals::Answer> ProcessSignals::send(CommandSSHManager &mana
     if (result.exitCode == GuardedProcessCommand::kAnotherProcess) {
         co_return Answer{Outcome::AnotherProcess, {}};
     }
-    // Where kill is a part of the shell, as in csh, it complains on standard output.
-    const QByteArray error = result.error.trimmed();
-    co_return Answer{Outcome::Refused, QString::fromUtf8(error.isEmpty() ? result.output.trimmed() : error)};
+    co_return Answer{Outcome::Refused, complaint(result)};
 }
 
 bool ProcessSignals::usesSudo(const Server &server, const Request &request)

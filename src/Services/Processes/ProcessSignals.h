@@ -25,10 +25,11 @@ struct ProcessStart {
 namespace ProcessSignals
 {
 
-/// How the ask for a start time ended: one of the two is set, the second in the server's words.
+/// What came of the ask for a start time.
 struct StartAnswer {
-    std::optional<ProcessStart> start;
-    QString error;
+    std::optional<ProcessStart> start; ///< nothing if the process is not there, or nobody answered
+    bool isAnswered = false;
+    QString error; ///< why nobody did, in the words of the other side; may be empty
 };
 
 enum class Outcome {

@@ -114,7 +114,7 @@ void TestProcessSignals::answers()
 
     scripted.setAnswer([](const QString &) { return CommandResult{{}, "Connection closed\n", 255, {}}; });
     const auto start = QCoro::waitFor(ProcessSignals::findStart(scripted.manager, ScriptedServer::server(), 7));
-    QVERIFY(!start.start);
+    QVERIFY(!start.start && !start.isAnswered);
     QCOMPARE(start.error, u"Connection closed"_s);
 }
 

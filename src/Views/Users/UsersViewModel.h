@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Models/UserInfo.h"
+#include "Views/Components/Table/RecordTableModel.h"
+#include "Views/Components/TableSectionViewModel.h"
+
+struct CommandResult;
+
+/// The accounts of one server.
+class UsersViewModel : public TableSectionViewModel
+{
+    Q_OBJECT
+
+public:
+    /// `server` outlives the model.
+    explicit UsersViewModel(const MonitoredServer &server, QObject *parent = nullptr);
+
+    /// All of them, in the server's order.
+    QList<UserInfo> users() const { return m_table.records(); }
+
+    /// Those on show, in the order of their rows.
+    QList<UserInfo> filteredUsers() const { return m_table.shownRecords(); }
+
+    const UserInfo *selectedUser() const { return m_table.selected(); }
+
+    /// Neither of the system nor the account of the connection.
+    bool canBeDeleted(const UserInfo &user) const;
+
+    /// Removes the account with its home, and reads the list again.
+    void deleteUser(const UserInfo &user);
+
+public Q_SLOTS:
+
+    void refreshUsers() { refresh(); }
+
+protected:
+    void read(const Server &server) override;
+    void applyFilter() override;
+    Message emptiness() const override;
+
+private:
+    RecordTableDeclaration<UserInfo> declaration();
+    void finishDelete(const UserInfo &user, const CommandResult &result);
+
+    RecordTableModel<UserInfo> m_table;
+};
