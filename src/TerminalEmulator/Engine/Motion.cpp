@@ -199,12 +199,9 @@ void Emulation::saveCursor()
 void Emulation::restoreCursor()
 {
     const SavedCursor saved = (isAlternate() ? m_alternate : m_main).saved;
-    Style pen = saved.pen;
-    pen.link = m_currentLink;
-    if (pen != m_pen) {
-        m_pen = pen;
-        penChanged();
-    }
+    m_pen = saved.pen;
+    m_pen.link = m_currentLink;
+    penChanged();
     m_charsets = saved.charsets;
     updateTextPath();
     store(Mode::Origin, saved.origin);

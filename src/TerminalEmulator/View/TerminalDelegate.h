@@ -19,8 +19,12 @@ public:
     TerminalDelegate(const TerminalDelegate &) = delete;
     TerminalDelegate &operator=(const TerminalDelegate &) = delete;
 
-    /// Bytes for the application: keys, pasted text, mouse reports, answers to its queries. Written as they come.
+    /// Bytes for the application: keys, pasted text, mouse reports, answers to its queries. Written as they
+    /// come.
     virtual void terminalSends(const QByteArray &bytes) = 0;
+
+    /// Of these, the answers to queries: a host may drop them where the application asks and does not read.
+    virtual void terminalReplies(const QByteArray &bytes) { terminalSends(bytes); }
 
     /// The size in cells is another: by layout, zoom or TerminalWidget::resizeGrid(). `pixels` are the device's.
     virtual void terminalResized(int columns, int rows, QSize pixels) = 0;

@@ -175,7 +175,10 @@ void TerminalWidget::State::consume(std::string_view bytes)
         }
     }
     if (terminal.hasReplies()) {
-        send(terminal.takeReplies());
+        const std::string replies = terminal.takeReplies();
+        if (delegate) {
+            delegate->terminalReplies(QByteArray(replies.data(), static_cast<qsizetype>(replies.size())));
+        }
     }
     for (const Event &event : terminal.takeEvents()) {
         handle(event);
