@@ -8,6 +8,7 @@
 #include "Services/SSH/SSHConnectionPool.h"
 #include "Services/SSH/SSHProcessTracker.h"
 #include "Services/SSH/SecretStore.h"
+#include "Services/Terminal/TerminalSessions.h"
 #include "Views/Theme/DesktopAppearance.h"
 #include "Views/Theme/Theme.h"
 
@@ -46,6 +47,7 @@ void AppDelegate::applyAppearanceMode()
 
 void AppDelegate::applicationWillTerminate()
 {
+    m_services.terminals.cleanupAll();
     m_services.pool.cleanup();
     m_services.tracker.forceKillTarnwellProcesses();
     m_services.children.shutdown();

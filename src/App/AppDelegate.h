@@ -9,6 +9,7 @@ class DesktopAppearance;
 class SSHConnectionPool;
 class SSHProcessTracker;
 class SecretStore;
+class TerminalSessions;
 class Theme;
 class UserDefaults;
 
@@ -24,6 +25,7 @@ public:
         const AppSettings &settings;
         Theme &theme;
         DesktopAppearance &desktop;
+        TerminalSessions &terminals;
         SSHConnectionPool &pool;
         SSHProcessTracker &tracker;
         ChildProcesses &children;

@@ -22,6 +22,7 @@
 #include "Services/SSH/SessionSecretStore.h"
 #include "Views/Shell/ContentView.h"
 #include "Views/Shell/HostKeyDialog.h"
+#include "Views/Terminal/GlobalTerminalSessionManager.h"
 #include "Views/Theme/DesktopAppearance.h"
 #include "Views/Theme/Theme.h"
 
@@ -33,14 +34,16 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// What a change of the server list causes in the transport and in the keychain.
+// What a change of the server list causes in the transport, in the terminals and in the keychain.
 class ServerListEffects : public ServerStoreDelegate
 {
 public:
-    ServerListEffects(SSHConnectionPool &pool, CommandSSHManager &manager, KeychainManager &keychain)
+    ServerListEffects(SSHConnectionPool &pool, CommandSSHManager &manager, KeychainManager &keychain,
+                      GlobalTerminalSessionManager &terminals)
         : m_pool(pool)
         , m_manager(manager)
         , m_keychain(keychain)
+        , m_terminals(terminals)
     {
     }
 
@@ -48,6 +51,7 @@ public:
     {
         m_pool.closeConnection(updated);
         m_manager.invalidateServerCache(updated);
+        m_terminals.serverSettingsChanged(updated);
     }
 
     void serverDeleted(const Server &removed) override
@@ -55,12 +59,14 @@ public:
         if (removed.authMethod == AuthMethod::Password) {
             m_keychain.deletePassword(KeychainManager::passwordAccount(removed));
         }
+        m_terminals.cleanupServer(removed.id);
     }
 
 private:
     SSHConnectionPool &m_pool;
     CommandSSHManager &m_manager;
     KeychainManager &m_keychain;
+    GlobalTerminalSessionManager &m_terminals;
 };
 
 QStringList loginCommand(const CommandLine &line)
@@ -86,10 +92,11 @@ struct TarnwellApp::Objects {
         , keychain(secrets, clock)
         , hostKeyDialog(theme)
         , manager({launcher, keychain, settings, hostKeyDialog}, pool)
-        , serverListEffects(pool, manager, keychain)
+        , terminals({{launcher, keychain, settings, hostKeyDialog}, manager, settings, theme})
+        , serverListEffects(pool, manager, keychain, terminals)
         , store(defaults, clock, &serverListEffects)
         , state{&store}
-        , delegate({defaults, settings, theme, desktop, pool, tracker, children, secrets, askpass})
+        , delegate({defaults, settings, theme, desktop, terminals, pool, tracker, children, secrets, askpass})
     {
         theme.install();
         delegate.applicationDidFinishLaunching();
@@ -115,6 +122,7 @@ struct TarnwellApp::Objects {
     HostKeyDialog hostKeyDialog;
 
     CommandSSHManager manager;
+    GlobalTerminalSessionManager terminals;
     ServerListEffects serverListEffects;
     ServerStore store;
     AppState state;

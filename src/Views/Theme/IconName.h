@@ -15,5 +15,7 @@ enum class IconName {
     Add,
     Edit,
     Delete,
+    ChevronUp,
+    ChevronDown,
     Clipboard
 };

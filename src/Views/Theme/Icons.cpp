@@ -49,6 +49,10 @@ QString fileOf(IconName name)
         return u"pencil"_s;
     case IconName::Delete:
         return u"trash"_s;
+    case IconName::ChevronUp:
+        return u"chevron-up"_s;
+    case IconName::ChevronDown:
+        return u"chevron-down"_s;
     case IconName::Clipboard:
         break;
     }
