@@ -2,6 +2,7 @@
 
 #include "Helpers/Log.h"
 #include "TerminalEmulator/View/TerminalWidget.h"
+#include "Views/Components/AlertDialog.h"
 #include "Views/Components/PlainText.h"
 #include "Views/Terminal/TerminalLook.h"
 
@@ -15,6 +16,25 @@ namespace
 {
 
 constexpr auto kClearScreen = "\x1b[2J\x1b[H"_L1;
+constexpr qsizetype kPreviewLines = 6;
+constexpr qsizetype kPreviewWidth = 80;
+
+// The beginning of a text, with its control characters as blanks.
+QString preview(const QString &text)
+{
+    QStringList lines;
+    qsizetype at = 0;
+    while (at <= text.size() && lines.size() < kPreviewLines) {
+        const qsizetype end = text.indexOf(u'\n', at);
+        const QString line = PlainText::oneLine(text.sliced(at, (end < 0 ? text.size() : end) - at));
+        lines += line.size() > kPreviewWidth ? line.left(kPreviewWidth) + u'\u2026' : line;
+        at = end < 0 ? text.size() + 1 : end + 1;
+    }
+    if (at <= text.size()) {
+        lines += u"\u2026"_s;
+    }
+    return lines.join(u'\n');
+}
 
 } // namespace
 
@@ -166,4 +186,17 @@ bool HostedTerminalCoordinator::terminalMayWriteClipboard(const QString &text)
         Q_EMIT clipboardRequestChanged();
     }
     return m_mayWriteClipboard;
+}
+
+bool HostedTerminalCoordinator::terminalAsksToPaste(const QString &text, const std::function<void(bool)> &answer)
+{
+    constexpr qsizetype kPaste = 1;
+    auto *const question = new AlertDialog(m_services.theme,
+                                           {.title = tr("Paste Several Lines?"),
+                                            .text = tr("The shell may run them at once:") + u"\n\n"_s + preview(text),
+                                            .buttons = {{tr("Cancel")}, {tr("Paste"), ButtonKind::Primary}}},
+                                           &m_terminal);
+    connect(question, &AlertDialog::answered, &m_terminal, [answer](qsizetype button) { answer(button == kPaste); });
+    question->open();
+    return true;
 }

@@ -75,6 +75,7 @@ public:
     void terminalReplies(const QByteArray &bytes) override;
     void terminalResized(int columns, int rows, QSize pixels) override;
     bool terminalMayWriteClipboard(const QString &text) override;
+    bool terminalAsksToPaste(const QString &text, const std::function<void(bool)> &answer) override;
 
 Q_SIGNALS:
     void connectionStateChanged(TerminalConnectionState state);

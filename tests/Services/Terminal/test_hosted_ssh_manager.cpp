@@ -413,7 +413,7 @@ void TestHostedSSHManager::password()
 {
     RIG_NEEDS_ROOT();
     const Server server = TestTransport::server(m_sshd, AuthMethod::Password, m_sshd.passwordAccount());
-    QVERIFY(QCoro::waitFor(m_transport->manager.testConnection(server, m_sshd.password(), {}, {})));
+    QVERIFY(QCoro::waitFor(m_transport->manager.testConnection(server, m_sshd.password(), {}, {})).success);
     m_transport->askpass.removeAll();
     Session session(*m_transport, server);
     session.manager.connect({});
@@ -429,7 +429,7 @@ void TestHostedSSHManager::wrongPassword()
 {
     RIG_NEEDS_ROOT();
     const Server server = TestTransport::server(m_sshd, AuthMethod::Password, m_sshd.passwordAccount());
-    QVERIFY(!QCoro::waitFor(m_transport->manager.testConnection(server, u"another"_s, {}, {})));
+    QVERIFY(!QCoro::waitFor(m_transport->manager.testConnection(server, u"another"_s, {}, {})).success);
     m_transport->askpass.removeAll();
     Session session(*m_transport, server);
     session.manager.connect({});

@@ -3,6 +3,7 @@
 
 #include "Models/ServerStore.h"
 #include "TerminalEmulator/Engine/Terminal.h"
+#include "Views/Components/AlertDialog.h"
 #include "Views/Components/Pill.h"
 #include "Views/Terminal/ClipboardRequestBar.h"
 #include "Views/Terminal/GlobalTerminalSessionManager.h"
@@ -36,7 +37,7 @@ constexpr int kPatience = 15'000;
 // Milliseconds. The sanitizers slow the emulator and the painting down several times.
 #if defined(__has_feature) && __has_feature(address_sanitizer)
 constexpr qint64 kInputWait = 250;
-constexpr qint64 kInterruptWait = 1'500;
+constexpr qint64 kInterruptWait = 10'000;
 #else
 constexpr qint64 kInputWait = 50;
 constexpr qint64 kInterruptWait = 500;
@@ -87,6 +88,7 @@ private Q_SLOTS:
     void moreTerminals();
     void finding();
     void clipboardNeedsConsent();
+    void severalLinesAreAskedAbout();
 
 private:
     Server add(const QString &name, const QString &account = {})
@@ -558,6 +560,23 @@ void TestTerminalSessions::clipboardNeedsConsent()
     QVERIFY(says(*terminal, "clear; " + write, u"asked"_s));
     QTRY_COMPARE(clipboard.text(), u"theirs"_s);
     QVERIFY(!text(*terminal).contains(u"bWluZQ"_s)); // "mine" was not told
+}
+
+void TestTerminalSessions::severalLinesAreAskedAbout()
+{
+    const Server server = add(u"web"_s);
+    HostedTerminalView *const terminal = open(server);
+    QVERIFY(terminal);
+    QVERIFY(says(*terminal, "bind 'set enable-bracketed-paste off'; echo o''ff", u"off"_s));
+    for (const bool pastes : {false, true}) {
+        terminal->pasteText(u"echo <b>one</b>\necho pasted-$((3*3))\n"_s);
+        QTRY_VERIFY(m_window->findChild<AlertDialog *>());
+        auto &question = *m_window->findChild<AlertDialog *>();
+        QVERIFY(!text(*terminal).contains(u"pasted-"_s));
+        question.buttons().at(pastes ? 1 : 0)->click();
+        QTRY_VERIFY(!m_window->findChild<AlertDialog *>());
+    }
+    QVERIFY(shows(*terminal, u"pasted-9"_s));
 }
 
 QTEST_MAIN(TestTerminalSessions)
