@@ -17,7 +17,8 @@ constexpr int kLegendColumns = 2;
 
 } // namespace
 
-/// A large figure of constant width: a new one is painted, and nothing is laid out anew.
+/// A large figure in a place of constant size, which it keeps without one as well, so that the titles of cards stand
+/// at one height: a new figure is painted, and nothing is laid out anew.
 class ChartCard::Figure : public QWidget
 {
 public:
@@ -59,13 +60,16 @@ private:
 class ChartCard::LegendEntry : public QWidget
 {
 public:
-    LegendEntry(const Theme &theme, QWidget *parent)
+    LegendEntry(const Theme &theme, LegendStyle style, QWidget *parent)
         : QWidget(parent)
         , m_theme(theme)
+        , m_lineHeight(0)
+        , m_lines(style == LegendStyle::TwoLines ? 2 : 1)
     {
         setFont(theme.font(TextStyle::Detail));
+        m_lineHeight = fontMetrics().height();
         setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-        setFixedHeight(fontMetrics().height());
+        setFixedHeight(m_lines * m_lineHeight);
     }
 
     void set(const LegendItem &item)
@@ -88,14 +92,18 @@ protected:
     {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        StateDot::paint(painter, QPointF(StateDot::kDiameter / 2.0 + 1, height() / 2.0),
+        StateDot::paint(painter, QPointF(StateDot::kDiameter / 2.0 + 1, m_lineHeight / 2.0),
                         m_theme.tone(m_item.tone).color);
-        QRect rest = rect().adjusted(dotRoom(), 0, 0, 0);
-        const int room = rest.width() - fontMetrics().horizontalAdvance(u' ' + m_item.figure);
-        const QString name = fontMetrics().elidedText(m_item.name, Qt::ElideRight, room);
+        QRect rest(dotRoom(), 0, width() - dotRoom(), m_lineHeight);
+        const int figureWidth = m_lines == 1 ? fontMetrics().horizontalAdvance(u' ' + m_item.figure) : 0;
+        const QString name = fontMetrics().elidedText(m_item.name, Qt::ElideRight, rest.width() - figureWidth);
         painter.setPen(m_theme.tokens().dim);
         painter.drawText(rest, Qt::AlignLeft | Qt::AlignVCenter, name);
-        rest.adjust(fontMetrics().horizontalAdvance(name + u' '), 0, 0, 0);
+        if (m_lines == 1) {
+            rest.adjust(fontMetrics().horizontalAdvance(name + u' '), 0, 0, 0);
+        } else {
+            rest.moveTop(m_lineHeight);
+        }
         painter.setPen(m_item.isWarning ? m_theme.tone(ToneName::Orange).text : m_theme.tokens().text);
         painter.drawText(rest, Qt::AlignLeft | Qt::AlignVCenter, m_item.figure);
     }
@@ -104,19 +112,22 @@ private:
     static int dotRoom() { return StateDot::kDiameter + 2 + kLegendGap; }
 
     const Theme &m_theme;
+    int m_lineHeight;
+    int m_lines;
     LegendItem m_item;
 };
 
-ChartCard::ChartCard(const Theme &theme, const QString &title, QWidget *parent)
+ChartCard::ChartCard(const Theme &theme, const QString &title, LegendStyle legendStyle, QWidget *parent)
     : Card(theme, title, parent)
     , m_theme(theme)
+    , m_legendStyle(legendStyle)
     , m_figure(new Figure(theme, this))
     , m_legend(new QGridLayout)
     , m_chart(new MetricChart(theme, title, this))
     , m_footnote(new TextLabel(theme, TextStyle::Detail, {}, TextLabel::Shade::Dim, this))
 {
     addToTitle(m_figure);
-    m_figure->hide();
+    m_figure->set({}, false);
     m_legend->setHorizontalSpacing(12);
     m_legend->setVerticalSpacing(3);
     content().addLayout(m_legend);
@@ -129,7 +140,6 @@ ChartCard::ChartCard(const Theme &theme, const QString &title, QWidget *parent)
 void ChartCard::setFigure(const QString &figure, bool isWarning)
 {
     m_figure->set(figure, isWarning);
-    m_figure->setVisible(!figure.isEmpty());
 }
 
 QString ChartCard::figure() const
@@ -144,7 +154,7 @@ void ChartCard::setLegend(const QList<LegendItem> &items)
     }
     while (m_entries.size() < items.size()) {
         const auto place = static_cast<int>(m_entries.size());
-        m_entries.append(new LegendEntry(m_theme, this));
+        m_entries.append(new LegendEntry(m_theme, m_legendStyle, this));
         m_legend->addWidget(m_entries.constLast(), place / kLegendColumns, place % kLegendColumns);
         m_legend->setColumnStretch(place % kLegendColumns, 1);
     }

@@ -21,7 +21,10 @@ public:
         bool operator==(const LegendItem &) const = default;
     };
 
-    ChartCard(const Theme &theme, const QString &title, QWidget *parent = nullptr);
+    /// How an entry of the legend stands: its figure behind its name, or below it.
+    enum class LegendStyle { OneLine, TwoLines };
+
+    ChartCard(const Theme &theme, const QString &title, LegendStyle legendStyle, QWidget *parent = nullptr);
 
     MetricChart &chart() const { return *m_chart; }
 
@@ -46,6 +49,7 @@ private:
     class LegendEntry;
 
     const Theme &m_theme;
+    LegendStyle m_legendStyle;
     Figure *m_figure;
     QGridLayout *m_legend;
     QList<LegendEntry *> m_entries;

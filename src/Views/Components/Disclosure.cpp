@@ -73,7 +73,7 @@ public:
 
     QSize sizeHint() const override
     {
-        return {layout()->sizeHint().width(), m_margin > 0 ? kHeaderHeight : kBareHeaderHeight};
+        return {layout()->sizeHint().width(), m_margin == kMargin ? kHeaderHeight : kBareHeaderHeight};
     }
 
     QSize minimumSizeHint() const override { return sizeHint(); }
@@ -120,10 +120,10 @@ Disclosure::Disclosure(const Theme &theme, const QString &title, Frame frame, Ma
     , m_theme(theme)
     , m_frame(frame)
     , m_makeContent(std::move(makeContent))
-    , m_header(new DisclosureHeader(theme, title, frame == Frame::Card ? kMargin : 0, this))
+    , m_header(new DisclosureHeader(theme, title, frame == Frame::Card ? kMargin : Card::kShadow, this))
     , m_column(new QVBoxLayout(this))
 {
-    const int edge = Card::kShadow;
+    const int edge = frame == Frame::Card ? Card::kShadow : 0;
     m_column->setContentsMargins(edge, edge, edge, edge);
     m_column->setSpacing(0);
     m_column->addWidget(m_header);

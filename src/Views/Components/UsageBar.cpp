@@ -19,10 +19,12 @@ constexpr double kCriticalPercent = 90;
 
 } // namespace
 
-UsageBar::UsageBar(const Theme &theme, QWidget *parent)
+UsageBar::UsageBar(const Theme &theme, QWidget *parent, Name name)
     : QWidget(parent)
     , m_theme(theme)
-    , m_name(new ElidedLabel(theme, TextStyle::Mono, TextLabel::Shade::Text, Qt::ElideMiddle, this))
+    , m_name(name == Name::Path
+                 ? new ElidedLabel(theme, TextStyle::Mono, TextLabel::Shade::Text, Qt::ElideMiddle, this)
+                 : new ElidedLabel(theme, TextStyle::Detail, TextLabel::Shade::Dim, Qt::ElideRight, this))
     , m_figures(new TextLabel(theme, TextStyle::Detail, {}, TextLabel::Shade::Dim, this))
     , m_emphasis(new TextLabel(theme, TextStyle::Detail, {}, TextLabel::Shade::Text, this))
 {

@@ -12,7 +12,12 @@ class UsageBar : public QWidget
     Q_OBJECT
 
 public:
-    explicit UsageBar(const Theme &theme, QWidget *parent = nullptr);
+    enum class Name {
+        Path, ///< monospaced, elided in its middle
+        Words ///< dim
+    };
+
+    explicit UsageBar(const Theme &theme, QWidget *parent = nullptr, Name name = Name::Path);
 
     /// `figures` are dim, `emphasis` behind them is not. `percent` outside of 0 to 100 fills none or all of the bar.
     void setUsage(const QString &name, const QString &figures, const QString &emphasis, double percent);

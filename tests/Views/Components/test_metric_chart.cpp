@@ -241,7 +241,7 @@ void TestMetricChart::anotherNumberOfCurves()
 
 void TestMetricChart::cardKeepsItsPlace()
 {
-    ChartCard card(m_theme, u"Network"_s);
+    ChartCard card(m_theme, u"Network"_s, ChartCard::LegendStyle::TwoLines);
     card.setLegend({{u"Receive"_s, ToneName::Green, u"1 B/s"_s}, {u"Transmit"_s, ToneName::Blue, u"2 B/s"_s}});
     card.setFigure(u"1.0%"_s);
     card.resize(260, 170);
