@@ -19,6 +19,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+constexpr qsizetype kEqualCards = 10; // up to so many file systems the other card is made as high as theirs
+
 KeyValueGrid::Rows rowsOf(const SystemInfo &info)
 {
     const auto tr = [](const char *text) { return DashboardContent::tr(text); };
@@ -76,10 +78,10 @@ DashboardContent::DashboardContent(const Theme &theme, DashboardViewModel &model
 QWidget *DashboardContent::makeCards(QWidget *parent)
 {
     auto *cards = new QWidget(parent);
-    auto *information = new Card(m_theme, tr("System Information"), cards);
-    m_facts = new KeyValueGrid(m_theme, information);
-    information->content().addWidget(m_facts);
-    information->content().addStretch();
+    m_information = new Card(m_theme, tr("System Information"), cards);
+    m_facts = new KeyValueGrid(m_theme, m_information);
+    m_information->content().addWidget(m_facts);
+    m_information->content().addStretch();
     m_fileSystemsCard = new Card(m_theme, tr("Filesystems"), cards);
     m_moreFileSystems = new TextLabel(m_theme, TextStyle::Detail, {}, TextLabel::Shade::Dim, m_fileSystemsCard);
     m_moreFileSystems->hide();
@@ -91,7 +93,7 @@ QWidget *DashboardContent::makeCards(QWidget *parent)
     grid->setSpacing(Metrics::kCardGap - 2 * Card::kShadow);
     grid->setColumnStretch(0, 21);
     grid->setColumnStretch(1, 20);
-    grid->addWidget(information, 0, 0);
+    grid->addWidget(m_information, 0, 0);
     grid->addWidget(m_fileSystemsCard, 0, 1);
     return cards;
 }
@@ -152,6 +154,8 @@ void DashboardContent::showFileSystems(const SystemInfo &info)
     const qsizetype more = disks.size() - kMostLines;
     m_moreFileSystems->setText(tr("... and %1 more").arg(more));
     m_moreFileSystems->setVisible(more > 0);
+    const bool isLong = disks.size() > kEqualCards;
+    m_information->parentWidget()->layout()->setAlignment(m_information, isLong ? Qt::AlignTop : Qt::Alignment());
     disks = disks.first(std::min(disks.size(), kMostLines));
     while (m_fileSystems.size() > disks.size()) {
         delete m_fileSystems.takeLast();

@@ -46,9 +46,10 @@ private:
     const Theme &m_theme;
     DashboardViewModel &m_model;
     TextLabel *m_trouble;
-    KeyValueGrid *m_facts;
-    Card *m_fileSystemsCard;
+    Card *m_information = nullptr;
+    KeyValueGrid *m_facts = nullptr;
+    Card *m_fileSystemsCard = nullptr;
     QList<UsageBar *> m_fileSystems;
-    TextLabel *m_moreFileSystems;
+    TextLabel *m_moreFileSystems = nullptr;
     QList<std::pair<QString, Disclosure *>> m_sections;
 };

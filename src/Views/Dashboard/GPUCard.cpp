@@ -39,7 +39,7 @@ ToneName toneOf(int gpuIndex)
 } // namespace
 
 GPUCard::GPUCard(const Theme &theme, QWidget *parent)
-    : ChartCard(theme, tr("GPU"), parent)
+    : ChartCard(theme, tr("GPU"), LegendStyle::OneLine, parent)
 {
     chart().setMaximum(100);
     chart().setFormat([](double value) { return DashboardFigures::utilizationText(value).trimmed(); });

@@ -20,8 +20,8 @@ public:
         , m_title(new TextLabel(theme, TextStyle::Emphasis, {}, TextLabel::Shade::Text, this))
         , m_name(new ElidedLabel(theme, TextStyle::Detail, TextLabel::Shade::Text, Qt::ElideRight, this))
         , m_vendor(new Pill(theme, Pill::Dot::Without, this))
-        , m_utilization(new UsageBar(theme, this))
-        , m_memory(new UsageBar(theme, this))
+        , m_utilization(new UsageBar(theme, this, UsageBar::Name::Words))
+        , m_memory(new UsageBar(theme, this, UsageBar::Name::Words))
         , m_details(new ElidedLabel(theme, TextStyle::Detail, TextLabel::Shade::Dim, Qt::ElideRight, this))
     {
         auto *who = new QHBoxLayout;

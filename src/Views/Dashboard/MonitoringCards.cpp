@@ -12,6 +12,8 @@
 
 using namespace Qt::StringLiterals;
 
+using LegendStyle = ChartCard::LegendStyle;
+
 namespace
 {
 
@@ -41,6 +43,11 @@ QList<double> valuesOf(const QList<MetricsSnapshot> &history, Value value)
     return values;
 }
 
+QString coresOf(const std::optional<SystemInfo> &info)
+{
+    return info && !info->cpuCount.isEmpty() ? MonitoringCards::tr("%1 vCPUs").arg(info->cpuCount) : QString();
+}
+
 QString percent(double value)
 {
     return DashboardFigures::figure(value, u"%"_s);
@@ -53,10 +60,10 @@ MonitoringCards::MonitoringCards(const Theme &theme, const DashboardViewModel &m
     , m_model(model)
     , m_loading(new TextLabel(theme, TextStyle::Detail, tr("Loading metrics..."), TextLabel::Shade::Dim, this))
     , m_place(new QWidget(this))
-    , m_cpu(new ChartCard(theme, tr("CPU"), m_place))
-    , m_memory(new ChartCard(theme, tr("Memory"), m_place))
-    , m_network(new ChartCard(theme, tr("Network"), m_place))
-    , m_diskIO(new ChartCard(theme, tr("Disk I/O"), m_place))
+    , m_cpu(new ChartCard(theme, tr("CPU"), LegendStyle::OneLine, m_place))
+    , m_memory(new ChartCard(theme, tr("Memory"), LegendStyle::OneLine, m_place))
+    , m_network(new ChartCard(theme, tr("Network"), LegendStyle::TwoLines, m_place))
+    , m_diskIO(new ChartCard(theme, tr("Disk I/O"), LegendStyle::TwoLines, m_place))
     , m_gpu(new GPUCard(theme, m_place))
 {
     auto *column = new QVBoxLayout(this);
@@ -103,6 +110,7 @@ void MonitoringCards::followModel()
     m_cpu->setFigure(percent(current->cpuUsage));
     m_cpu->chart().setSamples({{{}, ToneName::Accent, true}},
                               {valuesOf(history, [](Snapshot sample) { return sample.cpuUsage; })});
+    m_cpu->setFootnote(coresOf(m_model.systemInfo()));
     m_memory->setFigure(percent(DashboardFigures::memoryPercent(current->memoryUsage)));
     m_memory->setFootnote(DashboardFigures::memoryText(current->memoryUsage));
     m_memory->chart().setSamples({{{}, ToneName::Purple, true}}, {valuesOf(history, [](Snapshot sample) {

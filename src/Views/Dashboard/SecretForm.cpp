@@ -19,7 +19,7 @@ SecretForm::SecretForm(QWidget *parent)
     , m_field(new QLineEdit(this))
 {
     m_field->setEchoMode(QLineEdit::Password);
-    m_field->setFixedWidth(kFieldWidth);
+    m_field->setMinimumWidth(kFieldWidth);
     auto *button = new QPushButton(tr("Connect"), this);
     setButtonKind(*button, ButtonKind::Primary);
     button->setEnabled(false);
@@ -28,7 +28,7 @@ SecretForm::SecretForm(QWidget *parent)
     auto *line = new QHBoxLayout(this);
     line->setContentsMargins(0, 0, 0, 0);
     line->setSpacing(8);
-    line->addWidget(m_field);
+    line->addWidget(m_field, 1);
     line->addWidget(button);
     connect(m_field, &QLineEdit::textChanged, button,
             [button](const QString &text) { button->setEnabled(!text.isEmpty()); });

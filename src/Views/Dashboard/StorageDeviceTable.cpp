@@ -16,6 +16,7 @@ namespace
 
 constexpr int kRowHeight = 30;
 constexpr int kColumns = 5;
+constexpr int kSizeColumn = 1;
 
 QString mountPoints(const StorageDevice &device)
 {
@@ -39,15 +40,16 @@ StorageDeviceTable::StorageDeviceTable(const Theme &theme, const DashboardViewMo
 {
     setAccessibleName(tr("Storage Devices"));
     m_layout->setContentsMargins(0, 0, 0, 0);
-    m_layout->setHorizontalSpacing(16);
+    m_layout->setHorizontalSpacing(24);
     m_layout->setVerticalSpacing(0);
-    static constexpr int kStretches[kColumns]{3, 2, 2, 3, 6};
+    static constexpr int kStretches[kColumns]{3, 1, 2, 3, 6};
     const QString titles[kColumns]{tr("Device"), tr("Size"), tr("Type"), tr("Status"), tr("Mount Point")};
     for (int i = 0; i < kColumns; ++i) {
         m_heads.append(new TextLabel(theme, TextStyle::Caption, titles[i], TextLabel::Shade::Dim, this));
         m_layout->addWidget(m_heads.constLast(), 0, i);
         m_layout->setColumnStretch(i, kStretches[i]);
     }
+    m_heads.at(kSizeColumn)->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_layout->addWidget(m_note, kMostLines + 1, 0, 1, kColumns);
     m_note->setMinimumHeight(kRowHeight);
     connect(&model, &DashboardViewModel::changed, this, &StorageDeviceTable::followModel);
@@ -112,6 +114,7 @@ void StorageDeviceTable::addRow()
     pills->addWidget(row.removable);
     pills->addStretch();
     m_layout->setRowMinimumHeight(line, kRowHeight);
+    row.size->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_layout->addWidget(row.name, line, 0);
     m_layout->addWidget(row.size, line, 1);
     m_layout->addWidget(row.type, line, 2);
