@@ -8,9 +8,9 @@
 
 class QWidget;
 
-/// The curves of a chart, drawn by Qt Charts. They are behind this interface because that library brings OpenGL with
-/// it, which a start of the program that shows no chart must not pay for: what implements it is a library of its own,
-/// which ChartLibrary loads.
+/// The curves of a chart, drawn by Qt Charts. They are behind this interface because loading that library, and Qt's
+/// for OpenGL with it, takes time and memory, which a start that shows no chart must not pay: what implements it is a
+/// library of its own, which ChartLibrary loads.
 class ChartSurface
 {
 public:
