@@ -301,10 +301,11 @@ bool AddEditServerViewModel::reportProblems()
         m_validationErrors.append(message);
     }
     m_showingValidationErrors = !m_validationErrors.isEmpty();
-    if (m_showingValidationErrors) {
-        Q_EMIT changed();
+    if (m_validationErrors.isEmpty()) {
+        return false;
     }
-    return m_showingValidationErrors;
+    Q_EMIT changed();
+    return true;
 }
 
 void AddEditServerViewModel::dismissValidationErrors()

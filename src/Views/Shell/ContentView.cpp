@@ -25,7 +25,7 @@ ContentView::ContentView(const Theme &theme, const Services &services, QWidget *
     , m_theme(theme)
     , m_services(services)
     , m_notices(new NoticeBar(theme))
-    , m_serverList(new ServerListView(theme, services.store))
+    , m_serverList(new ServerListView(theme, {services.store, services.manager}))
     , m_splitter(new QSplitter(Qt::Horizontal))
     , m_sections(new QWidget)
 {

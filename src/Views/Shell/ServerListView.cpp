@@ -4,6 +4,7 @@
 #include "Views/Components/AlertDialog.h"
 #include "Views/Components/Labels.h"
 #include "Views/Components/PlainText.h"
+#include "Views/Shell/AddEditServerView.h"
 #include "Views/Shell/ListMessage.h"
 #include "Views/Shell/ServerListModel.h"
 #include "Views/Shell/ServerRowDelegate.h"
@@ -43,12 +44,14 @@ QString quoted(const QString &text)
 
 } // namespace
 
-ServerListView::ServerListView(const Theme &theme, ServerStore &store, QWidget *parent)
+ServerListView::ServerListView(const Theme &theme, const AddEditServerViewModel::Services &services, QWidget *parent)
     : Panel(theme, &Tokens::side, {}, parent)
     , m_theme(theme)
-    , m_store(store)
-    , m_model(new ServerListModel(store, this))
+    , m_services(services)
+    , m_store(services.store)
+    , m_model(new ServerListModel(services.store, this))
     , m_search(new QLineEdit(this))
+    , m_add(new QPushButton(Icons::icon(IconName::Add, theme), {}, this))
     , m_list(new QListView(this))
     , m_delegate(new ServerRowDelegate(theme, m_list))
     , m_message(new ListMessage(theme, this))
@@ -62,6 +65,10 @@ ServerListView::ServerListView(const Theme &theme, ServerStore &store, QWidget *
     m_search->setClearButtonEnabled(true);
     m_search->addAction(Icons::icon(IconName::Search, theme, dimColor), QLineEdit::LeadingPosition);
     m_search->installEventFilter(this);
+
+    m_add->setToolTip(tr("Add server"));
+    m_add->setAccessibleName(tr("Add server"));
+    connect(m_add, &QPushButton::clicked, this, &ServerListView::addServer);
 
     m_list->setModel(m_model);
     m_list->setItemDelegate(m_delegate);
@@ -84,6 +91,7 @@ ServerListView::ServerListView(const Theme &theme, ServerStore &store, QWidget *
         m_search->clear();
         m_search->setFocus();
     });
+    ServerStore &store = services.store;
     connect(&store, &ServerStore::selectedServerChanged, this, &ServerListView::followSelection);
     connect(&store, &ServerStore::serversAdded, this, &ServerListView::showState);
     connect(&store, &ServerStore::serverUpdated, this, &ServerListView::showState);
@@ -98,6 +106,7 @@ void ServerListView::layOut(const Theme &theme)
     bar->setContentsMargins(kMargin, kMargin, kMargin, 8);
     bar->setSpacing(8);
     bar->addWidget(m_search, 1);
+    bar->addWidget(m_add);
 
     m_pages->addWidget(m_list);
     m_pages->addWidget(m_message);
@@ -187,17 +196,51 @@ bool ServerListView::searchKey(int key)
 bool ServerListView::listKey(int key)
 {
     const QModelIndex current = m_list->currentIndex();
-    if (key != Qt::Key_Delete || !current.isValid()) {
+    if ((key != Qt::Key_Delete && key != Qt::Key_F2) || !current.isValid()) {
         return false;
     }
     const QUuid id = current.data(ServerListModel::IdRole).toUuid();
     const auto server = m_store.server(id);
+    const bool deletes = key == Qt::Key_Delete;
     if (server && server->isConnected) {
-        QToolTip::showText(m_list->viewport()->mapToGlobal(m_list->visualRect(current).bottomLeft()),
-                           tr("Cannot delete connected server"), m_list);
+        refuse(current, deletes ? tr("Cannot delete connected server") : tr("Cannot edit connected server"));
+    } else if (deletes) {
+        askToDelete(id);
+    } else {
+        editServer(id);
     }
-    askToDelete(id);
     return true;
+}
+
+void ServerListView::refuse(const QModelIndex &index, const QString &reason)
+{
+    QToolTip::showText(m_list->viewport()->mapToGlobal(m_list->visualRect(index).bottomLeft()), reason, m_list);
+}
+
+void ServerListView::addServer()
+{
+    openEditor(std::nullopt);
+}
+
+void ServerListView::editServer(const QUuid &id)
+{
+    const auto server = m_store.server(id);
+    if (server && !server->isConnected) {
+        openEditor(server);
+    }
+}
+
+void ServerListView::openEditor(const std::optional<Server> &server)
+{
+    if (!m_editor || !m_editor->isVisible()) {
+        m_editor = new AddEditServerView(m_theme, m_services, server, window());
+        m_editor->open();
+    }
+}
+
+AddEditServerView *ServerListView::editor() const
+{
+    return m_editor;
 }
 
 void ServerListView::contextMenuEvent(QContextMenuEvent *event)
@@ -221,6 +264,10 @@ void ServerListView::openMenu(const QModelIndex &index, const QPoint &place)
     m_menu = new QMenu(this);
     m_menu->setAttribute(Qt::WA_DeleteOnClose);
     m_menu->setToolTipsVisible(true);
+    QAction *edit = m_menu->addAction(Icons::icon(IconName::Edit, m_theme), tr("Edit server"), this,
+                                      [this, id = server->id] { editServer(id); });
+    edit->setEnabled(!server->isConnected);
+    edit->setToolTip(server->isConnected ? tr("Cannot edit connected server") : QString());
     QAction *remove = m_menu->addAction(Icons::icon(IconName::Delete, m_theme), tr("Delete server"), this,
                                         [this, id = server->id] { askToDelete(id); });
     remove->setEnabled(!server->isConnected);

@@ -1,17 +1,20 @@
 #pragma once
 
 #include "Views/Components/Panel.h"
+#include "Views/Shell/AddEditServerViewModel.h"
 
 #include <QPersistentModelIndex>
 #include <QPointer>
 #include <QTimer>
 
+class AddEditServerView;
 class AlertDialog;
 class ListMessage;
 class QLineEdit;
 class QListView;
 class QMenu;
 class QModelIndex;
+class QPushButton;
 class QStackedLayout;
 class QUuid;
 class ServerListModel;
@@ -26,8 +29,8 @@ class ServerListView : public Panel
     Q_OBJECT
 
 public:
-    /// Both outlive the view.
-    ServerListView(const Theme &theme, ServerStore &store, QWidget *parent = nullptr);
+    /// `theme` and what the services are outlive the view.
+    ServerListView(const Theme &theme, const AddEditServerViewModel::Services &services, QWidget *parent = nullptr);
 
     QListView &list() const { return *m_list; }
 
@@ -37,12 +40,21 @@ public:
 
     QString footer() const;
 
+    /// The sheet in which a server is added or changed, if it is open.
+    AddEditServerView *editor() const;
+
     /// The menu of a row's actions, if one is open.
     QMenu *menu() const;
 
 public Q_SLOTS:
     /// The keyboard goes to the search field, and what stands there is selected.
     void focusSearch();
+
+    /// Opens the sheet for a new server. Works also while this view itself is not on show.
+    void addServer();
+
+    /// Opens the sheet for a server. Does nothing for one that is connected or not there.
+    void editServer(const QUuid &id);
 
     /// Asks before the server goes. Does nothing for one that is connected or not there.
     void askToDelete(const QUuid &id);
@@ -56,6 +68,8 @@ private:
     void connectList();
     bool searchKey(int key);
     bool listKey(int key);
+    void openEditor(const std::optional<Server> &server);
+    void refuse(const QModelIndex &index, const QString &reason);
     void openMenu(const QModelIndex &index, const QPoint &place);
     void mark(const QModelIndex &index);
     void selectCurrent();
@@ -65,9 +79,11 @@ private:
     void showImportError();
 
     const Theme &m_theme;
+    AddEditServerViewModel::Services m_services;
     ServerStore &m_store;
     ServerListModel *m_model;
     QLineEdit *m_search;
+    QPushButton *m_add;
     QListView *m_list;
     ServerRowDelegate *m_delegate;
     ListMessage *m_message;
@@ -75,6 +91,7 @@ private:
     TextLabel *m_total;
     TextLabel *m_connected;
     QTimer m_rest;
+    QPointer<AddEditServerView> m_editor;
     QPointer<QMenu> m_menu;
     QPointer<AlertDialog> m_question; // about the server that is to be deleted
     QPointer<AlertDialog> m_importError;

@@ -1,13 +1,12 @@
 #include "Views/Shell/ServerRowDelegate.h"
 
 #include "Views/Components/Pill.h"
+#include "Views/Shell/LabelTone.h"
 #include "Views/Shell/ServerListModel.h"
 #include "Views/Theme/TarnwellStyle.h"
 
 #include <QFontMetrics>
-#include <QHash>
 #include <QPainter>
-#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -22,25 +21,6 @@ constexpr int kAddressGap = 1;
 constexpr int kLabelsGap = 5;
 constexpr int kBetweenLabels = 5;
 constexpr int kLeastLabelWidth = 36;
-
-// A label's key decides its colour, in every run the same. Green and red stay what they mean, and the accent is the
-// ground of a selected row.
-ToneName toneOf(const QString &label)
-{
-    static constexpr std::array kTones{ToneName::Purple, ToneName::Blue, ToneName::Orange, ToneName::Gray};
-    static const QHash<QString, ToneName> kKnown{{u"env"_s, ToneName::Purple},  {u"environment"_s, ToneName::Purple},
-                                                 {u"role"_s, ToneName::Blue},   {u"team"_s, ToneName::Orange},
-                                                 {u"region"_s, ToneName::Gray}, {u"location"_s, ToneName::Gray}};
-    const QString key = label.section(u':', 0, 0).toLower();
-    if (const auto known = kKnown.constFind(key); known != kKnown.cend()) {
-        return *known;
-    }
-    quint32 hash = 2166136261U; // FNV-1a
-    for (const QChar c : key) {
-        hash = (hash ^ c.unicode()) * 16777619U;
-    }
-    return kTones.at(hash % kTones.size());
-}
 
 } // namespace
 
@@ -102,7 +82,7 @@ void ServerRowDelegate::paintLabels(QPainter &painter, const QRect &line, const 
             break;
         }
         place.setWidth(std::min(Pill::sizeFor(label, m_labelFont).width(), room));
-        Pill::paint(painter, place, label, m_labelFont, m_theme.tone(toneOf(label)));
+        Pill::paint(painter, place, label, m_labelFont, m_theme.tone(labelTone(label)));
         place.moveLeft(place.right() + 1 + kBetweenLabels);
     }
 }

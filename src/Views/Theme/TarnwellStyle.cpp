@@ -14,6 +14,9 @@ namespace
 {
 
 constexpr auto kKindProperty = "tarnwellButtonKind";
+constexpr auto kWrongProperty = "tarnwellFieldIsWrong";
+constexpr int kCheckBoxSize = 16;
+constexpr qreal kCheckBoxRadius = 4;
 constexpr int kButtonPadding = 12;
 constexpr int kIconGap = 7;
 constexpr int kFieldPadding = 6; // beside what QLineEdit leaves itself
@@ -46,6 +49,12 @@ void setButtonKind(QAbstractButton &button, ButtonKind kind)
     button.update();
 }
 
+void setFieldIsWrong(QWidget &field, bool isWrong)
+{
+    field.setProperty(kWrongProperty, isWrong);
+    field.update();
+}
+
 TarnwellStyle::TarnwellStyle(const Theme &theme)
     : QProxyStyle(QStyleFactory::create(u"Fusion"_s))
     , m_theme(theme)
@@ -67,6 +76,11 @@ int TarnwellStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, c
     case PM_DefaultFrameWidth:
     case PM_SplitterWidth:
         return 1;
+    case PM_IndicatorWidth:
+    case PM_IndicatorHeight:
+        return kCheckBoxSize;
+    case PM_CheckBoxLabelSpacing:
+        return 8;
     case PM_ButtonIconSize:
     case PM_SmallIconSize:
         return Metrics::kIconSize;
@@ -132,10 +146,13 @@ void TarnwellStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *
     case PE_PanelLineEdit: {
         const auto *frame = qstyleoption_cast<const QStyleOptionFrame *>(option);
         if (frame && frame->lineWidth > 0) {
-            drawField(*option, *painter);
+            drawField(*option, *painter, widget);
         }
         return;
     }
+    case PE_IndicatorCheckBox:
+        drawCheckBox(*option, *painter);
+        return;
     case PE_FrameLineEdit:
         return; // part of the panel
     case PE_FrameFocusRect:
@@ -210,18 +227,41 @@ void TarnwellStyle::drawButtonLabel(const QStyleOptionButton &option, QPainter &
     }
 }
 
-void TarnwellStyle::drawField(const QStyleOption &option, QPainter &painter) const
+void TarnwellStyle::drawCheckBox(const QStyleOption &option, QPainter &painter) const
 {
     const Tokens &t = m_theme.tokens();
+    const bool isEnabled = option.state.testFlag(State_Enabled);
+    const bool isSet = option.state & (State_On | State_NoChange);
+    const QColor ground = !isSet ? t.surface : isEnabled ? t.accent.color : t.faint;
+    const QRectF box = strokeRect(option.rect);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(option.state.testFlag(State_Sunken) ? mixed(ground, t.text, 0.15) : ground);
+    painter.setPen(isSet ? ground : option.state.testFlag(State_MouseOver) && isEnabled ? t.faint : t.line);
+    painter.drawRoundedRect(box, kCheckBoxRadius, kCheckBoxRadius);
+    painter.setPen(QPen(t.onAccent, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    const auto at = [&](qreal x, qreal y) { return box.topLeft() + QPointF(x * box.width(), y * box.height()); };
+    if (option.state.testFlag(State_On)) {
+        painter.drawPolyline(QPolygonF{at(0.24, 0.53), at(0.43, 0.72), at(0.77, 0.31)});
+    } else if (isSet) {
+        painter.drawLine(at(0.27, 0.5), at(0.73, 0.5));
+    }
+    painter.restore();
+}
+
+void TarnwellStyle::drawField(const QStyleOption &option, QPainter &painter, const QWidget *widget) const
+{
+    const Tokens &t = m_theme.tokens();
+    const bool isWrong = widget && widget->property(kWrongProperty).toBool();
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     const bool isReadOnly = option.state.testFlag(State_ReadOnly);
     painter.setBrush(isReadOnly ? t.soft : t.surface);
-    painter.setPen(t.line);
+    painter.setPen(isWrong ? t.red.color : t.line);
     painter.drawRoundedRect(strokeRect(option.rect), Metrics::kControlRadius, Metrics::kControlRadius);
     painter.restore();
     if (option.state.testFlag(State_HasFocus)) {
-        drawFocusRing(painter, QRectF(option.rect), Metrics::kControlRadius, t.accent.color);
+        drawFocusRing(painter, QRectF(option.rect), Metrics::kControlRadius, isWrong ? t.red.color : t.accent.color);
     }
 }
 

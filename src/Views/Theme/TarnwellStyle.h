@@ -15,6 +15,9 @@ enum class ButtonKind {
 
 void setButtonKind(QAbstractButton &button, ButtonKind kind);
 
+/// What stands in the field cannot be accepted: its border tells.
+void setFieldIsWrong(QWidget &field, bool isWrong);
+
 /// Fusion with the house's controls: buttons, fields, scroll bars, tooltips, splitters and the focus ring are painted
 /// from the theme's tokens at the moment of painting, so that a switch of the theme needs nothing but a repaint.
 class TarnwellStyle : public QProxyStyle
@@ -46,7 +49,8 @@ public:
 private:
     void drawButton(const QStyleOption &option, QPainter &painter, const QWidget *widget) const;
     void drawButtonLabel(const class QStyleOptionButton &option, QPainter &painter, const QWidget *widget) const;
-    void drawField(const QStyleOption &option, QPainter &painter) const;
+    void drawField(const QStyleOption &option, QPainter &painter, const QWidget *widget) const;
+    void drawCheckBox(const QStyleOption &option, QPainter &painter) const;
     void drawScrollBar(const class QStyleOptionSlider &option, QPainter &painter, const QWidget *widget) const;
 
     const Theme &m_theme;

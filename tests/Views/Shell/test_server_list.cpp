@@ -55,9 +55,11 @@ private:
         return server;
     }
 
+    AddEditServerViewModel::Services services() { return {m_transport->store, m_transport->manager}; }
+
     std::unique_ptr<ServerListView> showList()
     {
-        auto view = std::make_unique<ServerListView>(m_theme, m_transport->store);
+        auto view = std::make_unique<ServerListView>(m_theme, services());
         view->resize(260, 600);
         view->show();
         view->activateWindow();
@@ -407,7 +409,7 @@ void TestServerList::tenThousandServers()
         servers.append(server);
     }
     m_transport->store.importServers(servers);
-    ServerListView view(m_theme, m_transport->store);
+    ServerListView view(m_theme, services());
     view.resize(236, 800);
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
@@ -430,7 +432,7 @@ void TestServerList::aClickSelectsAtOnceAndKeysWhenTheyRest()
         m_transport->add(QString::fromLatin1(name));
     }
     ServerStore &store = m_transport->store;
-    ServerListView view(m_theme, store);
+    ServerListView view(m_theme, services());
     view.resize(236, 600);
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
