@@ -74,13 +74,10 @@ ServerProbe::ServerProbe(const CommandSSHManager &manager)
 {
 }
 
-QCoro::Task<ServerProbe::Login> ServerProbe::testConnection(std::shared_ptr<ServerProbe> probe, Server server,
-                                                            Secrets secrets)
+QCoro::Task<ConnectionOutcome> ServerProbe::testConnection(std::shared_ptr<ServerProbe> probe, Server server,
+                                                           Secrets secrets)
 {
-    Login login;
-    login.succeeded = co_await probe->m_session.connect(server, secrets.password, secrets.passphrase);
-    login.error = probe->m_session.connectionError().value_or(QString());
-    co_return login;
+    co_return co_await probe->m_session.attemptConnection(server, secrets.password, secrets.passphrase);
 }
 
 QCoro::Task<PasswordlessSudo> ServerProbe::checkPasswordlessSudo(std::shared_ptr<ServerProbe> probe, Server server,

@@ -20,18 +20,12 @@ public:
         std::optional<QString> passphrase;
     };
 
-    /// How a login went.
-    struct Login {
-        bool succeeded = false;
-        QString error;  ///< in words for the operator; may be empty
-        QString reason; ///< in ssh's words; may be empty
-    };
-
     /// Works with the means of `manager`, which outlives the probe, and shares none of its sessions.
     explicit ServerProbe(const CommandSSHManager &manager);
 
     /// Logs in once. A secret that is not given is looked for in the keychain; none is stored.
-    static QCoro::Task<Login> testConnection(std::shared_ptr<ServerProbe> probe, Server server, Secrets secrets);
+    static QCoro::Task<ConnectionOutcome> testConnection(std::shared_ptr<ServerProbe> probe, Server server,
+                                                         Secrets secrets);
 
     /// Logs in and asks whether sudo needs a password. No answer in time is no connection.
     static QCoro::Task<PasswordlessSudo> checkPasswordlessSudo(std::shared_ptr<ServerProbe> probe, Server server,

@@ -33,6 +33,12 @@ AddEditServerViewModel::Form formOf(const Server &server)
     return form;
 }
 
+QString couldNotConnect()
+{
+    return AddEditServerViewModel::tr("Could not connect to server. Please verify your connection settings (host, "
+                                      "port, username, and authentication credentials).");
+}
+
 void replace(QString &secret, const QString &by)
 {
     wipe(secret);
@@ -442,17 +448,14 @@ void AddEditServerViewModel::testConnection()
     const int request = begin(Activity::TestingConnection);
     Q_EMIT changed();
     whenDone(ServerProbe::testConnection(m_probe, temporary, secrets), this,
-             [this, request](const ServerProbe::Login &login) {
+             [this, request](const ConnectionOutcome &login) {
                  if (request != m_request) {
                      return;
                  }
                  endActivity();
                  m_testResult = {login.succeeded,
-                                 login.succeeded         ? tr("Connection successful.")
-                                 : login.error.isEmpty() ? tr("Could not connect to server. Please verify your "
-                                                              "connection settings (host, port, username, and "
-                                                              "authentication credentials).")
-                                                         : login.error,
+                                 login.succeeded ? tr("Connection successful.")
+                                                 : login.error.value_or(couldNotConnect()),
                                  login.reason};
                  Q_EMIT changed();
              });
@@ -497,8 +500,7 @@ void AddEditServerViewModel::sudoChecked(const ServerSecrets::SudoCheck &check)
         return;
     }
     if (!check.sudo.connectionSucceeded) {
-        m_sudoCheckError = tr("Could not connect to server. Please verify your connection settings (host, port, "
-                              "username, and authentication credentials).");
+        m_sudoCheckError = couldNotConnect();
     } else {
         m_sudoCheckError = tr("Passwordless sudo is not configured on this server. Please configure it using: sudo "
                               "visudo");
