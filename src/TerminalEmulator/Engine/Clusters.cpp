@@ -29,21 +29,22 @@ uint32_t Clusters::extend(uint32_t code, char32_t added)
         return parent;
     }
     const size_t mask = m_slots.size() - 1;
-    for (size_t at = slotOf(parent, added); m_slots[at] != 0; at = (at + 1) & mask) {
+    size_t at = slotOf(parent, added);
+    for (; m_slots[at] != 0; at = (at + 1) & mask) {
         const Node &known = m_nodes[m_slots[at] - 1];
         if (known.parent == parent && known.added == added) {
             return Cell::Cluster | (m_slots[at] - 1);
         }
     }
-    m_nodes.push_back({parent, added, parentLength + 1});
+    m_nodes.push_back({parent, static_cast<uint32_t>(added), static_cast<uint32_t>(parentLength + 1)});
     const auto number = static_cast<uint32_t>(m_nodes.size() - 1);
+    m_slots[at] = number + 1;
     if (m_nodes.size() * 2 > m_slots.size()) {
         m_slots.assign(m_slots.size() * 2, 0);
-        for (uint32_t each = 0; each < number; ++each) {
+        for (uint32_t each = 0; each <= number; ++each) {
             place(each);
         }
     }
-    place(number);
     return Cell::Cluster | number;
 }
 
@@ -74,7 +75,7 @@ char32_t Clusters::last(uint32_t code) const
 int Clusters::length(uint32_t code) const
 {
     const Node *each = node(code);
-    return each ? each->length : 1;
+    return each ? static_cast<int>(each->length) : 1;
 }
 
 int Clusters::expand(uint32_t code, char32_t *out) const
@@ -121,7 +122,7 @@ std::vector<uint32_t> Clusters::sweep(const std::vector<bool> &used)
     for (uint32_t number = 0; number < next; ++number) {
         place(number);
     }
-    m_sweepAt = 8192 + 4 * size_t{next};
+    m_sweepAt = 8192 + 2 * size_t{next};
     return renamed;
 }
 

@@ -43,8 +43,8 @@ public:
 private:
     struct Node {
         uint32_t parent; ///< a code point, or Cell::Cluster and a smaller number
-        char32_t added;
-        int length;
+        uint32_t added : 24;
+        uint32_t length : 8;
     };
 
     size_t slotOf(uint32_t parent, char32_t added) const;

@@ -153,8 +153,11 @@ const std::vector<Emulation::Entry> &Emulation::escapeTable()
 void Emulation::buildDirect()
 {
     for (const Entry &entry : controlTable()) {
+        const uint32_t final = (entry.key & 0xff) - 0x40;
         if ((entry.key & ~0xffu) == 0) {
-            m_directControls[(entry.key & 0xff) - 0x40] = entry.handler;
+            m_directControls[final] = entry.handler;
+        } else if ((entry.key & ~0xffu) == Sequence::key('?', 0, 0, 0)) {
+            m_privateControls[final] = &entry;
         }
     }
     for (const Entry &entry : escapeTable()) {
@@ -170,6 +173,13 @@ void Emulation::control(const Sequence &s)
     m_afterPrepend = false;
     if (s.prefix == 0 && s.intermediateCount == 0) {
         plainControl(s);
+        return;
+    }
+    if (s.prefix == '?' && s.intermediateCount == 0) {
+        const Entry *entry = m_privateControls[static_cast<unsigned char>(s.final) - 0x40u];
+        if (entry && m_level >= entry->level) {
+            (this->*entry->handler)(s);
+        }
         return;
     }
     static const std::unordered_map<uint32_t, const Entry *> known = [] {

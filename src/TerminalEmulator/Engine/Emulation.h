@@ -456,6 +456,7 @@ private:
     } m_window;
 
     std::array<Handler, 64> m_directControls{};
+    std::array<const Entry *, 64> m_privateControls{}; ///< those with the prefix "?"
     std::array<Handler, 128> m_directEscapes{};
     uint32_t m_currentLink = 0;
 };

@@ -199,9 +199,12 @@ void Emulation::saveCursor()
 void Emulation::restoreCursor()
 {
     const SavedCursor saved = (isAlternate() ? m_alternate : m_main).saved;
-    m_pen = saved.pen;
-    m_pen.link = m_currentLink;
-    penChanged();
+    Style pen = saved.pen;
+    pen.link = m_currentLink;
+    if (pen != m_pen) {
+        m_pen = pen;
+        penChanged();
+    }
     m_charsets = saved.charsets;
     updateTextPath();
     store(Mode::Origin, saved.origin);

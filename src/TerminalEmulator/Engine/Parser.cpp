@@ -95,14 +95,24 @@ void Parser::feed(const uint8_t *at, const uint8_t *end)
             const uint8_t byte = *at++;
             if (byte != 0x1b) {
                 m_sink.execute(byte);
-            } else if (at < end && *at == '[' && !m_vt52) {
-                ++at;
-                clear();
-                m_state = CsiEntry;
-                at = sequence(at, end);
-            } else {
-                clear();
+                break;
+            }
+            clear();
+            if (at == end || m_vt52) {
                 m_state = Escape;
+            } else if (*at != '[') {
+                const Table::Entry entry = table.entries[Escape][*at & 0x7f];
+                if (*at < 0x80 && entry.action == EscDispatch) {
+                    m_sequence.final = static_cast<char>(*at++);
+                    m_sink.escape(m_sequence);
+                } else {
+                    m_state = Escape;
+                }
+            } else if (const uint8_t *after = wholeSequence(at + 1, end)) {
+                at = after;
+            } else {
+                m_state = CsiEntry;
+                at = sequence(at + 1, end);
             }
             break;
         }
@@ -115,6 +125,43 @@ void Parser::feed(const uint8_t *at, const uint8_t *end)
             at = sequence(at, end);
         }
     }
+}
+
+/// Most control sequences are some numbers and a final byte, all in one block. Dispatches such a one, whose
+/// parameters begin at `at`, and returns where it ends; null if it is any other.
+const uint8_t *Parser::wholeSequence(const uint8_t *at, const uint8_t *end)
+{
+    Sequence &s = m_sequence;
+    int count = 0;
+    for (; at < end; ++at) {
+        unsigned digit = *at - unsigned{'0'};
+        if (digit < 10) {
+            auto value = static_cast<int32_t>(digit);
+            while (++at < end && (digit = *at - unsigned{'0'}) < 10 && value < 100'000'000) {
+                value = value * 10 + static_cast<int32_t>(digit);
+            }
+            if (at == end) {
+                return nullptr;
+            }
+            s.values[count++] = value;
+            if (*at == ';' && count < Sequence::MaxParameters) {
+                s.values[count] = Sequence::Absent;
+                if (at + 1 < end && *(at + 1) - unsigned{'0'} < 10) {
+                    continue;
+                }
+                ++count;
+                ++at;
+            }
+        }
+        break;
+    }
+    if (at == end || *at < 0x40 || *at > 0x7e) {
+        return nullptr;
+    }
+    s.count = count;
+    s.final = static_cast<char>(*at);
+    m_sink.plainControl(s);
+    return at + 1;
 }
 
 const uint8_t *Parser::sequence(const uint8_t *at, const uint8_t *end)

@@ -109,6 +109,7 @@ private:
     static const Table table;
 
     void step(uint8_t byte);
+    const uint8_t *wholeSequence(const uint8_t *at, const uint8_t *end);
     const uint8_t *sequence(const uint8_t *at, const uint8_t *end);
     const uint8_t *string(const uint8_t *at, const uint8_t *end);
     bool stringControl(uint8_t byte);

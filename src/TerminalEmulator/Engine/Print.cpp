@@ -314,10 +314,22 @@ const uint8_t *Emulation::printUtf8(const uint8_t *at, const uint8_t *end)
             printCodePoint(0xfffd);
             continue;
         }
+        // The leads whose next byte may be any continuation, with all bytes at hand.
+        if (lead >= 0xc3 && lead <= 0xdf && end - at >= 2 && (at[1] & 0xc0) == 0x80) {
+            printCodePoint(static_cast<char32_t>((lead & 0x1f) << 6 | (at[1] & 0x3f)));
+            at += 2;
+            continue;
+        }
         if (lead >= 0xe1 && lead <= 0xef && lead != 0xed && end - at >= 3 && (at[1] & 0xc0) == 0x80 &&
             (at[2] & 0xc0) == 0x80) {
             printCodePoint(static_cast<char32_t>((lead & 0xf) << 12 | (at[1] & 0x3f) << 6 | (at[2] & 0x3f)));
             at += 3;
+            continue;
+        }
+        if (lead == 0xf0 && end - at >= 4 && at[1] >= 0x90 && at[1] <= 0xbf && (at[2] & 0xc0) == 0x80 &&
+            (at[3] & 0xc0) == 0x80) {
+            printCodePoint(static_cast<char32_t>((at[1] & 0x3f) << 12 | (at[2] & 0x3f) << 6 | (at[3] & 0x3f)));
+            at += 4;
             continue;
         }
         m_decodeLow = lead == 0xe0 ? 0xa0 : lead == 0xf0 ? 0x90 : 0x80;
@@ -406,12 +418,13 @@ void Emulation::join(char32_t codePoint, unicode::Property property)
     }
     Row &row = m_grid->row(m_y);
     Cell &cell = row.cells[x];
-    const char32_t before = m_clusters.last(cell.code);
     const uint32_t width = cell.code & Cell::Wide;
+    const bool isSelector = codePoint == 0xfe0f || codePoint == 0xfe0e;
+    const char32_t before = isSelector ? m_clusters.last(cell.code) : 0;
     cell.code = m_clusters.extend(cell.code, codePoint) | width;
     m_lastPrinted = cell.code & ~Cell::Wide;
     row.set(Row::Dirty);
-    const bool varies = unicode::property(before).hasVariations();
+    const bool varies = isSelector && unicode::property(before).hasVariations();
     const bool isPair = property.breakClass() == unicode::RegionalIndicator;
     if (width == 0 && ((codePoint == 0xfe0f && varies) || isPair ||
                        (property.breakClass() == unicode::Pictograph && property.columns() == 2))) {

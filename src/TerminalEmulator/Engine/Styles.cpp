@@ -33,21 +33,18 @@ StyleId Styles::intern(const Style &style)
         return 0;
     }
     const size_t mask = m_slots.size() - 1;
-    for (size_t at = hashOf(style) & mask;; at = (at + 1) & mask) {
-        const StyleId id = m_slots[at];
-        if (id == 0) {
-            break;
+    size_t at = hashOf(style) & mask;
+    for (; m_slots[at] != 0; at = (at + 1) & mask) {
+        if (m_styles[m_slots[at]] == style) {
+            return m_slots[at];
         }
-        if (m_styles[id] == style) {
-            return id;
-        }
-    }
-    if (m_styles.size() * 2 > m_slots.size()) {
-        grow();
     }
     m_styles.push_back(style);
     const auto id = static_cast<StyleId>(m_styles.size() - 1);
-    place(id);
+    m_slots[at] = id;
+    if (m_styles.size() * 2 > m_slots.size()) {
+        grow();
+    }
     return id;
 }
 
