@@ -139,8 +139,11 @@ void Emulation::dch(const Sequence &s)
 void Emulation::il(const Sequence &s)
 {
     if (inRowMargins() && inColumnMargins()) {
+        const Area area{m_y, m_left, m_bottom, m_right};
+        const int count = std::min(s.atLeastOne(0), rows());
         m_pendingWrap = false;
-        m_grid->scrollDown({m_y, m_left, m_bottom, m_right}, std::min(s.atLeastOne(0), rows()), blank());
+        tellMoved(area, count);
+        m_grid->scrollDown(area, count, blank());
         m_x = m_left;
         m_allDamaged = true;
     }
@@ -149,8 +152,11 @@ void Emulation::il(const Sequence &s)
 void Emulation::dl(const Sequence &s)
 {
     if (inRowMargins() && inColumnMargins()) {
+        const Area area{m_y, m_left, m_bottom, m_right};
+        const int count = std::min(s.atLeastOne(0), rows());
         m_pendingWrap = false;
-        m_grid->scrollUp({m_y, m_left, m_bottom, m_right}, std::min(s.atLeastOne(0), rows()), blank());
+        tellMoved(area, -count);
+        m_grid->scrollUp(area, count, blank());
         m_x = m_left;
         m_allDamaged = true;
     }

@@ -23,6 +23,17 @@
 namespace vt
 {
 
+/// Is told when text of the screen moved to other line numbers: lines `first` to `last` by `by`; what would leave
+/// these lines is gone.
+class LineObserver
+{
+public:
+    virtual void linesMoved(int64_t first, int64_t last, int by) = 0;
+
+protected:
+    ~LineObserver() = default;
+};
+
 /// The terminal behind the parser: the screens and everything a sequence can change. Its operations are spread over
 /// several files by topic (Print, Motion, Edit, Rectangles, Rendition, ModeSwitches, Reports, Commands, Windows,
 /// Reset, Resize); Terminal is its public face.
@@ -102,7 +113,8 @@ public:
     int64_t m_scrolled = 0; ///< lines the screen moved up since damage was taken
     bool m_allDamaged = true;
     uint32_t m_reflows = 0;
-    std::vector<Position *> m_tracked; ///< positions that a reflow moves with their text
+    std::vector<Position *> m_tracked;      ///< positions that a reflow moves with their text
+    LineObserver *m_lineObserver = nullptr; ///< null while nobody wants to know
     std::string m_title;
     std::string m_iconName;
     std::string m_clipboard;
@@ -202,6 +214,7 @@ private:
     void restoreCursor();
     void scrollUp(int count);
     void scrollDown(int count);
+    void tellMoved(const Area &area, int by) const;
 
     Area marginArea() const { return {m_top, m_left, m_bottom, m_right}; }
 

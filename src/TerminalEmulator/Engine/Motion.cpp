@@ -73,6 +73,14 @@ void Emulation::lineFeed()
     }
 }
 
+/// Tells of rows that scrolled inside the screen; columns that scroll alone take nothing along.
+void Emulation::tellMoved(const Area &area, int by) const
+{
+    if (m_lineObserver && area.left == 0 && area.right == columns() - 1) {
+        m_lineObserver->linesMoved(screenTop() + area.top, screenTop() + area.bottom, by);
+    }
+}
+
 /// Moves the text inside the margins up. What leaves the top of the main screen goes to the history.
 void Emulation::scrollUp(int count)
 {
@@ -84,6 +92,13 @@ void Emulation::scrollUp(int count)
             m_firstLine += m_history.push(m_grid->row(y)) ? 1 : 0;
         }
         m_naturalTop.reset();
+        if (m_lineObserver && area.bottom < rows() - 1) {
+            // The rows below stay where they are, which is further from the first line now.
+            const int64_t below = screenTop() - count + area.bottom + 1;
+            m_lineObserver->linesMoved(below, below + rows() + count, count);
+        }
+    } else {
+        tellMoved(area, -count);
     }
     if (area.top == 0 && area.bottom == rows() - 1) {
         m_scrolled += count;
@@ -97,6 +112,7 @@ void Emulation::scrollDown(int count)
 {
     const Cell empty = blank();
     m_allDamaged = true;
+    tellMoved(marginArea(), std::min(count, rows()));
     m_grid->scrollDown(marginArea(), count, empty);
 }
 

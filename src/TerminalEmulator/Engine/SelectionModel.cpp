@@ -67,11 +67,47 @@ void SelectionModel::start(Position at, SelectionKind kind)
 {
     m_kind = kind;
     m_active = true;
+    m_emulation.m_lineObserver = this;
     m_extended = kind == SelectionKind::Word || kind == SelectionKind::Line;
     m_alternate = m_emulation.isAlternate();
     const Selection begin = unit(at);
     m_anchorFirst = m_headFirst = begin.first;
     m_anchorLast = m_headLast = begin.last;
+}
+
+void SelectionModel::clear()
+{
+    m_active = false;
+    m_emulation.m_lineObserver = nullptr;
+}
+
+void SelectionModel::linesMoved(int64_t first, int64_t last, int by)
+{
+    if (m_alternate != m_emulation.isAlternate()) {
+        return;
+    }
+    const int64_t begin = std::min(m_anchorFirst.line, m_headFirst.line);
+    const int64_t end = std::max(m_anchorLast.line, m_headLast.line);
+    if (begin >= first && end <= last && (end + by < first || begin + by > last)) {
+        clear();
+        return;
+    }
+    const int edge = m_emulation.columns() - 1;
+    const auto move = [&](Position &at, bool isFirst) {
+        if (at.line < first || at.line > last) {
+            return;
+        }
+        at.line += by;
+        // An end that left lies at the border, where nothing more is selected on its account.
+        if (at.line < first || at.line > last) {
+            at.line = at.line < first ? first - (isFirst ? 0 : 1) : last + (isFirst ? 1 : 0);
+            at.column = m_kind == SelectionKind::Block ? at.column : isFirst ? 0 : edge;
+        }
+    };
+    move(m_anchorFirst, true);
+    move(m_headFirst, true);
+    move(m_anchorLast, false);
+    move(m_headLast, false);
 }
 
 void SelectionModel::extend(Position to)

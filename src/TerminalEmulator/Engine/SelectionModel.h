@@ -6,8 +6,9 @@
 namespace vt
 {
 
-/// What the user has selected. Positions follow their text into the history and through reflows.
-class SelectionModel
+/// What the user has selected. Positions follow their text into the history, through reflows and where a part of the
+/// screen scrolls; what scrolls away there is selected no more.
+class SelectionModel final : private LineObserver
 {
 public:
     explicit SelectionModel(Emulation &emulation);
@@ -15,7 +16,7 @@ public:
     void start(Position at, SelectionKind kind);
     void extend(Position to);
 
-    void clear() { m_active = false; }
+    void clear();
 
     void selectAll();
     std::optional<Selection> selection() const;
@@ -23,6 +24,7 @@ public:
     void setWordCharacters(std::string_view utf8);
 
 private:
+    void linesMoved(int64_t first, int64_t last, int by) override;
     Selection unit(Position at) const;
     int wordClass(char32_t character) const;
     void appendRow(const Line &row, int left, int right, std::string &out) const;

@@ -12,6 +12,8 @@ private Q_SLOTS:
     void wordsAndLinesFollowTheWrap();
     void blocks();
     void selectionFollowsItsTextIntoTheHistory();
+    void selectionFollowsItsTextInsideARegion_data();
+    void selectionFollowsItsTextInsideARegion();
     void searchFindsWhatIsWrapped();
     void searchGoesRound();
     void patterns_data();
@@ -87,6 +89,59 @@ void TestSelect::selectionFollowsItsTextIntoTheHistory()
         scene.feed("more\r\n");
     }
     QVERIFY(!scene.terminal.selection());
+}
+
+void TestSelect::selectionFollowsItsTextInsideARegion_data()
+{
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    QTest::addColumn<QByteArray>("then");
+    QTest::addColumn<QByteArray>("selected");
+    const auto row = [](const char *name, int from, int to, const char *then, const char *selected) {
+        QTest::newRow(name) << from << to << QByteArray(then) << QByteArray(selected);
+    };
+    // Six rows, "r1" to "r6"; the region is rows 2 to 5. Rows `from` to `to` are selected whole.
+    row("a line feed", 3, 4, "\x1b[5;1H\n", "r3\nr4");
+    row("reverse index", 3, 4, "\x1b[2;1H\x1bM", "r3\nr4");
+    row("insert line", 3, 4, "\x1b[3;1H\x1b[L", "r3\nr4");
+    row("insert line below", 3, 3, "\x1b[4;1H\x1b[L", "r3");
+    row("delete line", 4, 5, "\x1b[3;1H\x1b[M", "r4\nr5");
+    row("the first line leaves", 2, 3, "\x1b[S", "r3");
+    row("the last line leaves", 4, 5, "\x1b[T", "r4");
+    row("all leaves upwards", 2, 3, "\x1b[2S", "");
+    row("all leaves downwards", 4, 5, "\x1b[9T", "");
+    row("outside it stays", 6, 6, "\x1b[3S", "r6");
+    row("it began above", 1, 2, "\x1b[2S", "r1");
+    row("it ends below", 5, 6, "\x1b[2T", "r6");
+    row("rows below a region at the top", 6, 6, "\x1b[1;5r\x1b[5;1H\n\n\n", "r6");
+    row("rows in a region at the top", 3, 4, "\x1b[1;5r\x1b[5;1H\n\n\n", "r3\nr4");
+    row("on the alternate screen nothing moves", 3, 4, "\x1b[?47h\x1b[2S\x1b[?47l", "r3\nr4");
+    row("columns that scroll alone", 3, 3, "\x1b[?69h\x1b[5;9s\x1b[2S", "r3");
+}
+
+void TestSelect::selectionFollowsItsTextInsideARegion()
+{
+    QFETCH(int, from);
+    QFETCH(int, to);
+    QFETCH(QByteArray, then);
+    QFETCH(QByteArray, selected);
+    for (const int limit : {0, 2, 100}) {
+        Scene scene(10, 6, limit);
+        scene.feed("r1\r\nr2\r\nr3\r\nr4\r\nr5\r\nr6\x1b[2;5r");
+        // The other way round it is the same.
+        for (const bool down : {true, false}) {
+            scene.terminal.startSelection({(down ? from : to) - 1, 0}, vt::SelectionKind::Line);
+            scene.terminal.extendSelection({(down ? to : from) - 1, 3});
+            if (down) {
+                continue;
+            }
+            scene.feed(then.toStdString());
+            const bool gone = limit < 3 && then.contains("[1;5r") && from == 3;
+            if (!gone) {
+                QCOMPARE(QByteArray::fromStdString(scene.terminal.selectedText()), selected);
+            }
+        }
+    }
 }
 
 void TestSelect::searchFindsWhatIsWrapped()
