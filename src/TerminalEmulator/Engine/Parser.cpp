@@ -136,12 +136,23 @@ const uint8_t *Parser::wholeSequence(const uint8_t *at, const uint8_t *end)
     for (; at < end; ++at) {
         unsigned digit = *at - unsigned{'0'};
         if (digit < 10) {
-            auto value = static_cast<int32_t>(digit);
-            while (++at < end && (digit = *at - unsigned{'0'}) < 10 && value < 100'000'000) {
-                value = value * 10 + static_cast<int32_t>(digit);
-            }
-            if (at == end) {
+            if (end - at < 4) {
                 return nullptr;
+            }
+            // Up to three digits without a branch that depends on how many there are.
+            const unsigned second = at[1] - unsigned{'0'};
+            const unsigned third = at[2] - unsigned{'0'};
+            const auto two = static_cast<unsigned>(second < 10);
+            const unsigned three = two & static_cast<unsigned>(third < 10);
+            unsigned number = digit * (1 + 9 * two) + second * two;
+            number = number * (1 + 9 * three) + third * three;
+            at += 1 + two + three;
+            auto value = static_cast<int32_t>(number);
+            while ((digit = *at - unsigned{'0'}) < 10 && value < 100'000'000) {
+                value = value * 10 + static_cast<int32_t>(digit);
+                if (++at == end) {
+                    return nullptr;
+                }
             }
             s.values[count++] = value;
             if (*at == ';' && count < Sequence::MaxParameters) {

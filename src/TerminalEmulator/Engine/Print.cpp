@@ -174,6 +174,9 @@ const uint8_t *Emulation::text(const uint8_t *at, const uint8_t *end)
     while (at < end) {
         const uint8_t byte = *at;
         if (byte >= 0x20 && byte < 0x7f) {
+            if (m_plainText && end - at > 1 && at[1] < 0x20 && printOne(byte)) {
+                return at + 1;
+            }
             const auto count = static_cast<int>(std::min<size_t>(asciiRun(at, end), 1 << 20));
             if (m_plainText && !m_afterPrepend) {
                 printAscii(at, count);
@@ -202,6 +205,23 @@ const uint8_t *Emulation::text(const uint8_t *at, const uint8_t *end)
         }
     }
     return at;
+}
+
+/// A single character, as full-screen programs place them. Returns false if its place is not an ordinary one.
+bool Emulation::printOne(uint8_t byte)
+{
+    Row &row = m_grid->row(m_y);
+    if (m_afterPrepend || m_x >= rightLimit(row) || row.has(Row::HasWide)) {
+        return false;
+    }
+    const StyleId style = pen();
+    m_segmenter.afterPlain();
+    m_lastPrinted = byte;
+    Grid::extend(row, m_x);
+    row.cells[m_x++] = {byte, style};
+    row.length = static_cast<uint16_t>(std::max<int>(row.length, m_x));
+    row.set(Row::Dirty);
+    return true;
 }
 
 void Emulation::printAscii(const uint8_t *at, int count)
