@@ -54,11 +54,11 @@ Sheet::Sheet(const Theme &theme, const QString &title, QWidget *parent, int widt
     titleLine->addWidget(words);
 
     auto *content = new QWidget;
-    content->setAutoFillBackground(false);
     m_body = new QVBoxLayout(content);
     m_body->setContentsMargins(kSideMargin, 14, kSideMargin, 16);
     m_body->setSpacing(10);
     m_area->setWidget(content);
+    content->setAutoFillBackground(false); // which setWidget() turned on
     m_area->setWidgetResizable(true);
     m_area->setFrameShape(QFrame::NoFrame);
     m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

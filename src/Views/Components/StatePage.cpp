@@ -4,16 +4,20 @@
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/TarnwellStyle.h"
 
+#include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPushButton>
 #include <QStackedLayout>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace
 {
 
 constexpr int kWidth = 440;
+constexpr int kFrameMs = 33;
+constexpr int kTurnMs = 1100;
 constexpr int kPictureSize = 28;
 constexpr int kPictureGround = 56;
 
@@ -38,6 +42,9 @@ public:
     {
         m_picture->setFixedSize(kPictureGround, kPictureGround);
         m_picture->installEventFilter(this);
+        m_frames.setInterval(kFrameMs);
+        connect(&m_frames, &QTimer::timeout, m_picture, qOverload<>(&QWidget::update));
+        m_clock.start();
         for (TextLabel *label : {m_title, m_text, m_detail}) {
             label->setWordWrap(true);
             label->setAlignment(Qt::AlignHCenter);
@@ -58,15 +65,16 @@ public:
         column->addLayout(m_extra);
         column->addSpacing(6);
         column->addWidget(m_button, 0, Qt::AlignHCenter);
-        m_column->setFixedWidth(kWidth);
+        m_column->setMaximumWidth(kWidth);
 
         // A little above the middle is where the eye looks for it.
         auto *page = new QVBoxLayout(this);
         page->addStretch(2);
         auto *middle = new QHBoxLayout; // an alignment instead would give wrapped lines too little height
-        middle->addStretch();
-        middle->addWidget(m_column);
-        middle->addStretch();
+        middle->setContentsMargins(16, 0, 16, 0);
+        middle->addStretch(1);
+        middle->addWidget(m_column, 1000); // as wide as it may be
+        middle->addStretch(1);
         page->addLayout(middle);
         page->addStretch(3);
     }
@@ -87,6 +95,7 @@ public:
         setExtraVisible(state == StatePage::State::Error);
         setAccessibleName(message.title);
         m_picture->update();
+        updateFrames();
     }
 
     void setExtra(QWidget *extra)
@@ -104,6 +113,18 @@ public:
     QPushButton &button() const { return *m_button; }
 
 protected:
+    void showEvent(QShowEvent *event) override
+    {
+        QWidget::showEvent(event);
+        updateFrames();
+    }
+
+    void hideEvent(QHideEvent *event) override
+    {
+        QWidget::hideEvent(event);
+        m_frames.stop();
+    }
+
     bool eventFilter(QObject *watched, QEvent *event) override
     {
         if (watched != m_picture || event->type() != QEvent::Paint) {
@@ -111,19 +132,41 @@ protected:
         }
         QPainter painter(m_picture);
         painter.setRenderHint(QPainter::Antialiasing);
+        if (m_state == StatePage::State::Loading) {
+            paintTurning(painter);
+            return true;
+        }
         const bool isError = m_state == StatePage::State::Error;
         const Tone &tone = m_theme.tone(isError ? ToneName::Red : ToneName::Gray);
+        const IconName icon = m_current.icon.value_or(isError ? IconName::Warning : IconName::Servers);
         painter.setPen(Qt::NoPen);
         painter.setBrush(tone.soft);
         painter.drawEllipse(m_picture->rect());
         const int offset = (kPictureGround - kPictureSize) / 2;
-        painter.drawPixmap(offset, offset,
-                           Icons::pixmap(isError ? IconName::Plug : IconName::Servers, tone.text, kPictureSize,
-                                         devicePixelRatioF()));
+        painter.drawPixmap(offset, offset, Icons::pixmap(icon, tone.text, kPictureSize, devicePixelRatioF()));
         return true;
     }
 
 private:
+    void updateFrames()
+    {
+        if (m_state == StatePage::State::Loading && isVisible()) {
+            m_frames.start();
+        } else {
+            m_frames.stop();
+        }
+    }
+
+    void paintTurning(QPainter &painter) const
+    {
+        const QRectF circle = QRectF(m_picture->rect()).adjusted(12, 12, -12, -12);
+        painter.setPen(QPen(m_theme.tokens().line, 3));
+        painter.drawEllipse(circle);
+        painter.setPen(QPen(m_theme.tokens().accent.color, 3, Qt::SolidLine, Qt::RoundCap));
+        const auto turn = static_cast<int>(m_clock.elapsed() % kTurnMs * 360 * 16 / kTurnMs);
+        painter.drawArc(circle, 90 * 16 - turn, -90 * 16);
+    }
+
     void setExtraVisible(bool isVisible)
     {
         if (m_extra->count() > 0) {
@@ -139,6 +182,8 @@ private:
     TextLabel *m_detail;
     QVBoxLayout *m_extra;
     QPushButton *m_button;
+    QTimer m_frames;
+    QElapsedTimer m_clock;
     StatePage::State m_state = StatePage::State::Empty;
     StatePage::Message m_current;
 };

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "Views/Theme/IconName.h"
+
 #include <QWidget>
+#include <optional>
 
 class QPushButton;
 class QStackedLayout;
@@ -17,9 +20,10 @@ public:
     enum class State { Loading, Error, Empty, Content };
 
     struct Message {
-        QString title;
-        QString text;   ///< what it means, and what to do
-        QString detail; ///< what the other side said, to be copied; shown in the monospaced font
+        QString title{};
+        QString text{};                 ///< what it means, and what to do
+        QString detail{};               ///< what the other side said, to be copied; shown in the monospaced font
+        std::optional<IconName> icon{}; ///< of an error or of nothing; without one a plain one
     };
 
     StatePage(const Theme &theme, QWidget *content, QWidget *parent = nullptr);

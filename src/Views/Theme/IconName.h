@@ -17,5 +17,13 @@ enum class IconName {
     Delete,
     ChevronUp,
     ChevronDown,
+    Clear,
+    Pin,
+    CaretUp,
+    CaretDown,
+    More,
+    Play,
+    Stop,
+    File,
     Clipboard
 };

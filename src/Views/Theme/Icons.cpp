@@ -53,6 +53,22 @@ QString fileOf(IconName name)
         return u"chevron-up"_s;
     case IconName::ChevronDown:
         return u"chevron-down"_s;
+    case IconName::Clear:
+        return u"x-circle-fill"_s;
+    case IconName::Pin:
+        return u"pin-angle"_s;
+    case IconName::CaretUp:
+        return u"caret-up-fill"_s;
+    case IconName::CaretDown:
+        return u"caret-down-fill"_s;
+    case IconName::More:
+        return u"three-dots"_s;
+    case IconName::Play:
+        return u"play"_s;
+    case IconName::Stop:
+        return u"stop"_s;
+    case IconName::File:
+        return u"file-earmark-text"_s;
     case IconName::Clipboard:
         break;
     }

@@ -116,6 +116,20 @@ CellLook TableModel::cell(int row, int column) const
     return look(record(row), column);
 }
 
+bool TableModel::begins(int row, const QString &text) const
+{
+    for (int column = 0; column < m_columns.size(); ++column) {
+        if (m_columns.at(column).align == CellAlign::Left) {
+            const QString words = look(record(row), column).text;
+            const QStringView name = QStringView(words).sliced(words.lastIndexOf(u'/') + 1);
+            if (words.startsWith(text, Qt::CaseInsensitive) || name.startsWith(text, Qt::CaseInsensitive)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 QString TableModel::plainText(const QList<int> &rows) const
 {
     QString text;
@@ -386,6 +400,11 @@ void TableModel::setBusy(const QString &identity, bool isBusy)
 bool TableModel::isBusy(int row) const
 {
     return m_states.value(identityAt(row)).isBusy;
+}
+
+bool TableModel::hasBusyRows() const
+{
+    return std::ranges::any_of(m_states, &State::isBusy);
 }
 
 void TableModel::setError(const QString &identity, const QString &error)

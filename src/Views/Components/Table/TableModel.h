@@ -52,7 +52,10 @@ public:
 
     CellLook cell(int row, int column) const;
 
-    /// The selected rows as lines, cells between tabs; control characters in them become blanks.
+    /// Whether one of the row's words, or the last part of a path among them, begins so; figures aside.
+    bool begins(int row, const QString &text) const;
+
+    /// These rows as lines, cells between tabs; control characters in them become blanks.
     QString plainText(const QList<int> &rows) const;
 
     // --- order -----------------------------------------------------------------------------------------------------
@@ -89,6 +92,7 @@ public:
     /// An action is under way: the row shows it, and takes no other meanwhile.
     void setBusy(const QString &identity, bool isBusy);
     bool isBusy(int row) const;
+    bool hasBusyRows() const;
 
     /// A quiet mark with the text in its tooltip: what the server refused. It goes with an empty text, with the row's
     /// next action, and with the row.

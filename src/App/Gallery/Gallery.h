@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QWidget>
+
+class QVBoxLayout;
+class Theme;
+
+/// Every shared component in every state, with invented data.
+class Gallery : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit Gallery(const Theme &theme, QWidget *parent = nullptr);
+
+    /// All of it as one picture, the windows above it included.
+    QImage picture();
+
+private:
+    void addButtons();
+    void addFields();
+    void addMarks();
+    void addFigures();
+    void addHeaders();
+    void addPages();
+    QVBoxLayout &addGroup(const QString &title);
+
+    const Theme &m_theme;
+    QVBoxLayout *m_column;
+};
+
+/// A question and a sheet as a section would open them.
+namespace GalleryWindows
+{
+
+QWidget *question(const Theme &theme, QWidget *parent);
+QWidget *sheet(const Theme &theme, QWidget *parent);
+
+} // namespace GalleryWindows
