@@ -2,6 +2,7 @@
 
 #include "App/AppDelegate.h"
 #include "App/AppState.h"
+#include "App/Constants.h"
 #include "App/FirstPaint.h"
 #include "App/StartMeasure.h"
 #include "App/WindowPictures.h"
@@ -20,13 +21,17 @@
 #include "Services/SSH/SSHLauncher.h"
 #include "Services/SSH/SSHProcessTracker.h"
 #include "Services/SSH/SessionSecretStore.h"
+#include "Views/Shell/AboutView.h"
 #include "Views/Shell/ContentView.h"
 #include "Views/Shell/HostKeyDialog.h"
+#include "Views/Shell/MainMenu.h"
+#include "Views/Shell/WindowLayout.h"
 #include "Views/Terminal/GlobalTerminalSessionManager.h"
 #include "Views/Theme/DesktopAppearance.h"
 #include "Views/Theme/Theme.h"
 
 #include <QCoreApplication>
+#include <QPointer>
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
@@ -82,10 +87,11 @@ QStringList loginCommand(const CommandLine &line)
 
 /// Every object that there is one of, in the order in which they are made; they go in the opposite order.
 struct TarnwellApp::Objects {
-    explicit Objects(const CommandLine &line)
-        : defaults(line.profileDirectory.isEmpty() ? UserDefaults::defaultDirectory() : line.profileDirectory)
+    Objects(const CommandLine &line, RuntimeDirectory &directory)
+        : defaults(line.profile())
         , settings(defaults)
         , loginItem(LoginItem::defaultDirectory(), loginCommand(line))
+        , runtimeDirectory(directory)
         , askpass(runtimeDirectory)
         , launcher(children, tracker, askpass)
         , pool(launcher, settings, runtimeDirectory)
@@ -100,7 +106,7 @@ struct TarnwellApp::Objects {
     {
         theme.install();
         delegate.applicationDidFinishLaunching();
-        window = std::make_unique<ContentView>(theme, ContentView::Services{store, manager, clock});
+        window = std::make_unique<ContentView>(theme, ContentView::Services{store, manager, clock, &terminals});
     }
 
     SystemClock clock;
@@ -108,7 +114,7 @@ struct TarnwellApp::Objects {
     AppSettings settings;
     LoginItem loginItem;
 
-    RuntimeDirectory runtimeDirectory;
+    RuntimeDirectory &runtimeDirectory;
     AskpassHelper askpass;
     ChildProcesses children;
     SSHProcessTracker tracker;
@@ -128,12 +134,13 @@ struct TarnwellApp::Objects {
     AppState state;
     AppDelegate delegate;
     std::unique_ptr<ContentView> window;
+    QPointer<AboutView> about;
     std::unique_ptr<WindowPictures> pictures;
 };
 
-TarnwellApp::TarnwellApp(const CommandLine &line)
+TarnwellApp::TarnwellApp(const CommandLine &line, RuntimeDirectory &runtimeDirectory)
     : m_line(line)
-    , m_objects(std::make_unique<Objects>(line))
+    , m_objects(std::make_unique<Objects>(line, runtimeDirectory))
 {
     wire();
 }
@@ -166,6 +173,7 @@ void TarnwellApp::wire()
     });
     connect(&o.settings, &AppSettings::launchAtLoginChanged, this,
             [&o](bool isEnabled) { o.loginItem.setEnabled(isEnabled); });
+    connect(&o.window->menu(), &MainMenu::aboutRequested, this, &TarnwellApp::openAbout);
     connect(&o.defaults, &UserDefaults::noticeAvailable, o.window.get(),
             [&o] { o.window->addNotice(o.defaults.notice()); });
 }
@@ -175,8 +183,38 @@ void TarnwellApp::start()
     Objects &o = *m_objects;
     o.window->addNotice(o.defaults.notice());
     o.window->addNotice(o.runtimeDirectory.refusal());
+    if (m_line.isOrdinary()) {
+        new WindowLayout(*o.window, o.defaults);
+    }
     new FirstPaint(*o.window, [this] { afterFirstPaint(); });
     o.window->show();
+}
+
+void TarnwellApp::raiseWindow(const QByteArray &activationToken)
+{
+    if (!activationToken.isEmpty()) {
+        qputenv("XDG_ACTIVATION_TOKEN", activationToken); // Qt uses it up with the next activation
+    }
+    ContentView &window = *m_objects->window;
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
+void TarnwellApp::openAbout()
+{
+    Objects &o = *m_objects;
+    if (!o.about) {
+        o.about = new AboutView(o.theme,
+                                {{tr("Website"), QUrl(Constants::kWebsite)},
+                                 {tr("Documentation"), QUrl(Constants::kDocumentation)},
+                                 {tr("Support"), QUrl(Constants::kSupport)}},
+                                o.window.get());
+    }
+    o.about->show();
+    o.about->raise();
+    o.about->activateWindow();
 }
 
 void TarnwellApp::afterFirstPaint()

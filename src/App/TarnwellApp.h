@@ -7,6 +7,7 @@
 
 class AppDelegate;
 class ContentView;
+class RuntimeDirectory;
 class Theme;
 struct AppState;
 
@@ -16,12 +17,16 @@ class TarnwellApp : public QObject
     Q_OBJECT
 
 public:
-    /// Needs a QApplication. Reads the settings and the stored servers; starts nothing else.
-    explicit TarnwellApp(const CommandLine &line);
+    /// Needs a QApplication. Reads the settings and the stored servers; starts nothing else. `runtimeDirectory`
+    /// outlives the program's objects.
+    TarnwellApp(const CommandLine &line, RuntimeDirectory &runtimeDirectory);
     ~TarnwellApp() override;
 
     /// Shows the window, and begins what the command line asks for.
     void start();
+
+    /// Brings the window to the front, with the token that the desktop gave somebody for it (xdg-activation), if any.
+    void raiseWindow(const QByteArray &activationToken);
 
     ContentView &window() const;
     Theme &theme() const;
@@ -30,6 +35,7 @@ public:
 private:
     struct Objects;
     void wire();
+    void openAbout();
     void afterFirstPaint();
 
     CommandLine m_line;

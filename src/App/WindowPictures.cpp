@@ -4,6 +4,7 @@
 #include "Models/ServerStore.h"
 #include "Views/Dashboard/DashboardViewModel.h"
 #include "Views/Shell/ContentView.h"
+#include "Views/Shell/Curtain.h"
 #include "Views/Theme/Theme.h"
 
 #include <QDir>
@@ -19,7 +20,7 @@ namespace
 
 constexpr QSize kStandardSize(1280, 800);
 constexpr QSize kCompactSize(1024, 700);
-constexpr int kSettleMs = 50;
+constexpr int kSettleMs = Curtain::kDurationMs + 150;
 
 } // namespace
 

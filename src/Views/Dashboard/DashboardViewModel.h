@@ -104,6 +104,9 @@ public Q_SLOTS:
     /// Logs in, with `secret` if the operator typed one. Does nothing while a login is under way.
     void initiateConnection(const std::optional<QString> &secret = std::nullopt);
 
+    /// A login that is under way says nothing about the server any more.
+    void abandonConnection();
+
     /// The failure has been seen.
     void dismissConnectionError();
 
@@ -142,7 +145,6 @@ private:
 
     void connectionEnded(const ConnectionOutcome &outcome, bool wasConnected);
     void showFailure(const ConnectionOutcome &outcome);
-    void abandonConnection();
     void followStore(qsizetype index);
     void connectionCame();
     void followMonitoring();

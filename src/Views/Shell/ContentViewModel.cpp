@@ -2,6 +2,7 @@
 
 #include "Models/ServerStore.h"
 #include "Services/Commands/CommandSSHManager.h"
+#include "Services/Terminal/TerminalSessions.h"
 
 #include <QScopedValueRollback>
 #include <QTimer>
@@ -16,10 +17,11 @@ constexpr int kTerminalFocusAfterClickMs = 200;
 } // namespace
 
 ContentViewModel::ContentViewModel(ServerStore &store, CommandSSHManager &manager, const Clock &clock,
-                                   QObject *parent)
+                                   TerminalSessions *terminals, QObject *parent)
     : QObject(parent)
     , m_store(store)
     , m_manager(manager)
+    , m_terminals(terminals)
     , m_history(clock)
     , m_handledServer(selectedId())
 {
@@ -171,6 +173,9 @@ void ContentViewModel::disconnectServer()
     {
         const QScopedValueRollback changing(m_isChanging, true);
         m_manager.disconnect(*server);
+        if (m_terminals) {
+            m_terminals->cleanupServer(server->id);
+        }
         m_store.updateServerConnection(*server, false);
         m_history.removeCachedTab(NavigationHistory::idText(server->id));
         m_selectedTab = MainTab::Dashboard;

@@ -9,6 +9,7 @@
 
 class CommandSSHManager;
 class ServerStore;
+class TerminalSessions;
 
 /// What ties the window together: which section of which server is on show, the way back and forward, and the
 /// disconnect. The selected server itself is the store's.
@@ -23,8 +24,9 @@ public:
     /// Up to this width of the window the layout is the compact one.
     static constexpr int kCompactWidth = 1024;
 
-    /// All of it outlives the model.
-    ContentViewModel(ServerStore &store, CommandSSHManager &manager, const Clock &clock, QObject *parent = nullptr);
+    /// All of it outlives the model. `terminals` may be null.
+    ContentViewModel(ServerStore &store, CommandSSHManager &manager, const Clock &clock, TerminalSessions *terminals,
+                     QObject *parent = nullptr);
 
     const NavigationHistory &navigationHistory() const { return m_history; }
 
@@ -108,6 +110,7 @@ private:
 
     ServerStore &m_store;
     CommandSSHManager &m_manager;
+    TerminalSessions *m_terminals;
     NavigationHistory m_history;
     MainTab m_selectedTab = MainTab::Dashboard;
     QUuid m_handledServer; // what the change handlers have seen

@@ -2,6 +2,21 @@
 
 /// The icons in use, from Debian's package bootstrap-icons; the list of files stands in this folder's CMakeLists.txt.
 enum class IconName {
+    Check,
+    House,
+    Terminal,
+    BarChart,
+    Gear,
+    Box,
+    Globe,
+    People,
+    Parcel,
+    Folder,
+    Clock,
+    Document,
+    Back,
+    Forward,
+    Sidebar,
     Plug,
     Refresh,
     Close,

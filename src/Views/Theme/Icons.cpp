@@ -23,6 +23,36 @@ using ColorOf = const QColor &(*)(const Theme &);
 QString fileOf(IconName name)
 {
     switch (name) {
+    case IconName::Check:
+        return u"check2"_s;
+    case IconName::House:
+        return u"house"_s;
+    case IconName::Terminal:
+        return u"terminal"_s;
+    case IconName::BarChart:
+        return u"bar-chart"_s;
+    case IconName::Gear:
+        return u"gear"_s;
+    case IconName::Box:
+        return u"box"_s;
+    case IconName::Globe:
+        return u"globe"_s;
+    case IconName::People:
+        return u"people"_s;
+    case IconName::Parcel:
+        return u"box-seam"_s;
+    case IconName::Folder:
+        return u"folder"_s;
+    case IconName::Clock:
+        return u"clock"_s;
+    case IconName::Document:
+        return u"file-text"_s;
+    case IconName::Back:
+        return u"chevron-left"_s;
+    case IconName::Forward:
+        return u"chevron-right"_s;
+    case IconName::Sidebar:
+        return u"layout-sidebar"_s;
     case IconName::Plug:
         return u"plug"_s;
     case IconName::Refresh:

@@ -1,5 +1,6 @@
 #include "Views/Theme/TarnwellStyle.h"
 
+#include "Views/Theme/MenuStyle.h"
 #include "Views/Theme/Theme.h"
 
 #include <QAbstractButton>
@@ -72,7 +73,16 @@ int TarnwellStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, c
     case PM_ButtonShiftHorizontal:
     case PM_ButtonShiftVertical:
     case PM_ScrollView_ScrollBarOverlap:
+    case PM_MenuHMargin:
+    case PM_MenuBarItemSpacing:
+    case PM_MenuBarVMargin:
+    case PM_MenuBarPanelWidth:
         return 0;
+    case PM_MenuBarHMargin:
+        return 3;
+    case PM_MenuVMargin:
+        return Metrics::kStep;
+    case PM_MenuPanelWidth:
     case PM_DefaultFrameWidth:
     case PM_SplitterWidth:
         return 1;
@@ -119,6 +129,14 @@ QSize TarnwellStyle::sizeFromContents(ContentsType type, const QStyleOption *opt
             return {width, Metrics::kControlHeight};
         }
     }
+    if (type == CT_MenuBarItem) {
+        return MenuStyle::barItemSize(size);
+    }
+    if (type == CT_MenuItem) {
+        if (const auto *item = qstyleoption_cast<const QStyleOptionMenuItem *>(option)) {
+            return MenuStyle::itemSize(*item);
+        }
+    }
     if (type == CT_LineEdit) {
         return {size.width() + 2 * kFieldPadding, Metrics::kControlHeight};
     }
@@ -163,6 +181,11 @@ void TarnwellStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *
         painter->setPen(t.line);
         painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
         return;
+    case PE_PanelMenu:
+        MenuStyle::drawGround(*painter, option->rect, t);
+        return;
+    case PE_PanelMenuBar:
+    case PE_FrameMenu:
     case PE_PanelScrollAreaCorner:
         return;
     default:
@@ -281,6 +304,20 @@ void TarnwellStyle::drawControl(ControlElement element, const QStyleOption *opti
     case CE_PushButton: // the ring is part of the bevel
         drawControl(CE_PushButtonBevel, option, painter, widget);
         drawControl(CE_PushButtonLabel, option, painter, widget);
+        return;
+    case CE_MenuBarItem:
+    case CE_MenuItem:
+        if (const auto *item = qstyleoption_cast<const QStyleOptionMenuItem *>(option)) {
+            const bool isInBar = element == CE_MenuBarItem;
+            isInBar ? MenuStyle::drawBarItem(*painter, *item, m_theme.tokens())
+                    : MenuStyle::drawItem(*painter, *item, m_theme.tokens(), painter->device()->devicePixelRatioF());
+            return;
+        }
+        break;
+    case CE_MenuBarEmptyArea:
+        MenuStyle::drawBarGround(*painter, option->rect, m_theme.tokens());
+        return;
+    case CE_MenuEmptyArea:
         return;
     case CE_Splitter:
         painter->fillRect(option->rect, m_theme.tokens().line);

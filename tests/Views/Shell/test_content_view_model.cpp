@@ -1,3 +1,4 @@
+#include "Services/Terminal/TerminalSessions.h"
 #include "Views/FakeTransport.h"
 #include "Views/Shell/ContentViewModel.h"
 
@@ -16,7 +17,8 @@ private Q_SLOTS:
     void init()
     {
         m_transport = std::make_unique<FakeTransport>();
-        m_model = std::make_unique<ContentViewModel>(m_transport->store, m_transport->manager, m_transport->clock);
+        m_model = std::make_unique<ContentViewModel>(m_transport->store, m_transport->manager, m_transport->clock,
+                                                     &m_terminals);
         m_a = m_transport->add(u"a"_s);
         m_b = m_transport->add(u"b"_s);
     }
@@ -70,6 +72,20 @@ private:
         QCoreApplication::processEvents();
     }
 
+    struct Terminals : TerminalSessions {
+        void cleanupServer(const QUuid &id) override
+        {
+            ended.append(id);
+            onEnded();
+        }
+
+        void cleanupAll() override {}
+
+        QList<QUuid> ended;
+        std::function<void()> onEnded = [] {};
+    };
+
+    Terminals m_terminals;
     std::unique_ptr<FakeTransport> m_transport;
     std::unique_ptr<ContentViewModel> m_model;
     Server m_a;
@@ -218,7 +234,7 @@ void TestContentViewModel::disconnects()
     QCOMPARE(m_model->disconnectQuestion(),
              u"Are you sure you want to disconnect from a? Any existing terminal sessions will be closed."_s);
 
-    // The record changes while the server is still selected, and only then it is left.
+    // The terminals end, then the record changes while the server is still selected, and only then it is left.
     QStringList order;
     const auto note = [&](const QString &what) {
         const auto record = m_transport->store.server(m_a.id);
@@ -226,8 +242,11 @@ void TestContentViewModel::disconnects()
     };
     connect(&m_transport->store, &ServerStore::serverUpdated, this, [&] { note(u"record"_s); });
     connect(m_model.get(), &ContentViewModel::placeChanged, this, [&] { note(u"place"_s); });
+    m_terminals.onEnded = [&] { note(u"terminals"_s); };
     m_model->disconnectServer();
-    QCOMPARE(order.join(u", "_s), u"record off a/Files, place off -/Dashboard"_s);
+    m_terminals.onEnded = [] {};
+    QCOMPARE(m_terminals.ended.constLast(), m_a.id);
+    QCOMPARE(order.join(u", "_s), u"terminals connected a/Files, record off a/Files, place off -/Dashboard"_s);
     QVERIFY(!m_model->navigationHistory().getCachedTab(NavigationHistory::idText(m_a.id)));
 
     Server nameless = m_a;

@@ -1,0 +1,175 @@
+#include "Views/Shell/NavigationSidebarView.h"
+
+#include "Views/Shell/ContentViewModel.h"
+#include "Views/Shell/HistoryButtons.h"
+#include "Views/Shell/Sections.h"
+#include "Views/Theme/TarnwellStyle.h"
+#include "Views/Theme/Theme.h"
+
+#include <QAbstractListModel>
+#include <QFontMetrics>
+#include <QHBoxLayout>
+#include <QListView>
+#include <QPainter>
+#include <QStyledItemDelegate>
+#include <QVBoxLayout>
+
+namespace
+{
+
+constexpr int kRestMs = 200;
+constexpr QMargins kOuter(8, 0, 8, 1);
+constexpr int kRowHeight = 30;
+constexpr int kPadding = 9;
+
+MainTab tabOf(const QModelIndex &index)
+{
+    return static_cast<MainTab>(index.row());
+}
+
+class SectionListModel : public QAbstractListModel
+{
+public:
+    using QAbstractListModel::QAbstractListModel;
+
+    int rowCount(const QModelIndex &parent) const override { return parent.isValid() ? 0 : kMainTabCount; }
+
+    QVariant data(const QModelIndex &index, int role) const override
+    {
+        switch (role) {
+        case Qt::DisplayRole:
+            return Sections::title(tabOf(index));
+        case Qt::ToolTipRole:
+            return Sections::toolTip(tabOf(index));
+        case Qt::AccessibleDescriptionRole:
+            return Sections::shortcutText(tabOf(index));
+        default:
+            return {};
+        }
+    }
+};
+
+class SectionRowDelegate : public QStyledItemDelegate
+{
+public:
+    SectionRowDelegate(const Theme &theme, QObject *parent)
+        : QStyledItemDelegate(parent)
+        , m_theme(theme)
+        , m_font(theme.font(TextStyle::Body))
+        , m_selectedFont(theme.font(TextStyle::Emphasis))
+        , m_shortcutFont(theme.font(TextStyle::Tag))
+    {
+    }
+
+    QSize sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const override
+    {
+        return {120, kOuter.top() + kRowHeight + kOuter.bottom()};
+    }
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        const Tokens &t = m_theme.tokens();
+        const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+        painter->save();
+        const QRect ground = option.rect.marginsRemoved(kOuter);
+        paintGround(*painter, option, ground);
+
+        const QColor color = isSelected ? t.accent.text : t.dim;
+        QRect inside = ground.adjusted(kPadding, 0, -kPadding, 0);
+        painter->drawPixmap(inside.left(), inside.center().y() - Metrics::kIconSize / 2 + 1,
+                            Icons::pixmap(Sections::of(tabOf(index)).icon, color, Metrics::kIconSize,
+                                          painter->device()->devicePixelRatioF()));
+        inside.adjust(Metrics::kIconSize + kPadding, 0, 0, 0);
+        const QString title = Sections::title(tabOf(index));
+        const QFont &font = isSelected ? m_selectedFont : m_font;
+        painter->setFont(font);
+        painter->setPen(color);
+        painter->drawText(inside, Qt::AlignVCenter | Qt::TextSingleLine,
+                          QFontMetrics(font).elidedText(title, Qt::ElideRight, inside.width()));
+        paintShortcut(*painter, inside, QFontMetrics(font).horizontalAdvance(title), tabOf(index));
+        painter->restore();
+    }
+
+private:
+    void paintGround(QPainter &painter, const QStyleOptionViewItem &option, const QRect &ground) const
+    {
+        const Tokens &t = m_theme.tokens();
+        const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+        painter.setRenderHint(QPainter::Antialiasing);
+        if (isSelected || option.state.testFlag(QStyle::State_MouseOver)) {
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(isSelected ? t.accent.soft : t.soft);
+            painter.drawRoundedRect(ground, Metrics::kControlRadius, Metrics::kControlRadius);
+        }
+        if (option.state.testFlag(QStyle::State_HasFocus)) {
+            TarnwellStyle::drawFocusRing(painter, QRectF(ground), Metrics::kControlRadius, t.accent.color);
+        }
+    }
+
+    // Only where the title leaves room for it.
+    void paintShortcut(QPainter &painter, const QRect &inside, int titleWidth, MainTab tab) const
+    {
+        const QString shortcut = Sections::shortcutText(tab);
+        if (titleWidth + kPadding + QFontMetrics(m_shortcutFont).horizontalAdvance(shortcut) <= inside.width()) {
+            painter.setFont(m_shortcutFont);
+            painter.setPen(m_theme.tokens().faint);
+            painter.drawText(inside, Qt::AlignVCenter | Qt::AlignRight | Qt::TextSingleLine, shortcut);
+        }
+    }
+
+    const Theme &m_theme;
+    QFont m_font;
+    QFont m_selectedFont;
+    QFont m_shortcutFont;
+};
+
+} // namespace
+
+NavigationSidebarView::NavigationSidebarView(const Theme &theme, ContentViewModel &model, QWidget *parent)
+    : Panel(theme, &Tokens::window, {}, parent)
+    , m_model(model)
+    , m_historyButtons(new HistoryButtons(theme, model, this))
+    , m_list(new QListView(this))
+{
+    m_list->setModel(new SectionListModel(m_list));
+    m_list->setItemDelegate(new SectionRowDelegate(theme, m_list));
+    m_list->setAccessibleName(tr("Sections"));
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->setUniformItemSizes(true);
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_list->setMouseTracking(true);
+    m_list->viewport()->setAutoFillBackground(false);
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+
+    auto *steps = new QHBoxLayout;
+    steps->setContentsMargins(14, 0, 14, 0);
+    steps->addWidget(m_historyButtons);
+    steps->addStretch();
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 12, 0, 8);
+    column->setSpacing(10);
+    column->addLayout(steps);
+    column->addWidget(m_list, 1);
+
+    m_rest.setSingleShot(true);
+    m_rest.setInterval(kRestMs);
+    follow();
+    connect(&m_rest, &QTimer::timeout, this, &NavigationSidebarView::chooseCurrent);
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, &m_rest, qOverload<>(&QTimer::start));
+    connect(m_list, &QListView::clicked, this, &NavigationSidebarView::chooseCurrent);
+    connect(m_list, &QListView::activated, this, &NavigationSidebarView::chooseCurrent);
+    connect(&model, &ContentViewModel::placeChanged, this, &NavigationSidebarView::follow);
+}
+
+void NavigationSidebarView::chooseCurrent()
+{
+    m_rest.stop();
+    m_model.chooseTab(tabOf(m_list->currentIndex()));
+}
+
+void NavigationSidebarView::follow()
+{
+    m_list->setCurrentIndex(m_list->model()->index(static_cast<int>(m_model.selectedTab()), 0));
+    m_rest.stop();
+}

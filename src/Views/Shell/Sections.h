@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Models/MainTab.h"
+#include "Models/Server.h"
+#include "Views/Theme/Icons.h"
+
+class Clock;
+class CommandSSHManager;
+class GlobalTerminalSessionManager;
+class QWidget;
+class SectionPage;
+class ServerStore;
+class Theme;
+
+/// What pages work on; all of it outlives them.
+struct SectionServices {
+    ServerStore &store;
+    CommandSSHManager &manager;
+    const Clock &clock;
+    GlobalTerminalSessionManager *terminals = nullptr; ///< without it the terminal section has only its title
+};
+
+/// A section as the window knows it.
+struct Section {
+    /// Makes its page for one server; null where it cannot be had, which gives a page with the title only.
+    using Make = SectionPage *(*)(const Theme &theme, const SectionServices &services, const Server &server,
+                                  QWidget *parent);
+
+    MainTab tab;
+    const char *title; ///< the tab's raw text, to be translated
+    IconName icon;
+    Make make;
+};
+
+namespace Sections
+{
+
+const Section &of(MainTab tab);
+
+/// In the operator's language.
+QString title(MainTab tab);
+
+/// "Dashboard (Ctrl+1)"; only the title for a section without a shortcut.
+QString toolTip(MainTab tab);
+
+/// What selects the section from the keyboard, as it is shown; empty for none.
+QString shortcutText(MainTab tab);
+
+SectionPage *makePage(MainTab tab, const Theme &theme, const SectionServices &services, const Server &server,
+                      QWidget *parent);
+
+} // namespace Sections

@@ -1,0 +1,133 @@
+#include "Views/Shell/ServerMenuButton.h"
+
+#include "Models/ServerStore.h"
+#include "Views/Components/Pill.h"
+#include "Views/Components/PlainText.h"
+#include "Views/Shell/ContentViewModel.h"
+#include "Views/Theme/Icons.h"
+#include "Views/Theme/Theme.h"
+
+#include <QMenu>
+#include <QPainter>
+#include <QStyleOptionButton>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int kPadding = 12;
+constexpr int kGap = 7;
+constexpr int kChevron = 10;
+constexpr int kGreatestWidth = 220;
+constexpr int kLeastWidth = 90;
+
+QIcon dotIcon(const QColor &color, qreal pixelRatio)
+{
+    QPixmap picture(QSize(Metrics::kIconSize, Metrics::kIconSize) * pixelRatio);
+    picture.setDevicePixelRatio(pixelRatio);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    StateDot::paint(painter, {Metrics::kIconSize / 2.0, Metrics::kIconSize / 2.0}, color);
+    return picture;
+}
+
+// A menu takes "&" for the mark of a key.
+QString menuText(const QString &name)
+{
+    return PlainText::oneLine(name).replace(u'&', "&&"_L1);
+}
+
+} // namespace
+
+ServerMenuButton::ServerMenuButton(const Theme &theme, ServerStore &store, ContentViewModel &model, QWidget *parent)
+    : QPushButton(parent)
+    , m_theme(theme)
+    , m_store(store)
+    , m_model(model)
+    , m_menu(new QMenu(this))
+{
+    setFont(theme.font(TextStyle::Detail));
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setMenu(m_menu);
+    connect(m_menu, &QMenu::aboutToShow, this, &ServerMenuButton::fillMenu);
+    connect(&store, &ServerStore::selectedServerChanged, this, &ServerMenuButton::update);
+    update();
+}
+
+QString ServerMenuButton::name() const
+{
+    const auto &server = m_store.selectedServer();
+    return server ? PlainText::oneLine(server->name) : tr("Select Server");
+}
+
+void ServerMenuButton::update()
+{
+    const auto &server = m_store.selectedServer();
+    const QString state = !server ? QString() : server->isConnected ? tr("Connected") : tr("Not connected");
+    setAccessibleName(server ? tr("Server: %1, %2").arg(name(), state) : name());
+    PlainText::setToolTip(*this, name());
+    updateGeometry();
+    QPushButton::update();
+}
+
+void ServerMenuButton::fillMenu()
+{
+    m_menu->clear();
+    const QIcon connected = dotIcon(m_theme.tokens().green.color, devicePixelRatioF());
+    for (const Server &server : m_store.servers()) {
+        QAction *action = m_menu->addAction(menuText(server.name));
+        if (m_store.selectedServer() && m_store.selectedServer()->id == server.id) {
+            m_menu->setDefaultAction(action);
+        }
+        if (server.isConnected) {
+            action->setIcon(connected);
+            action->setIconVisibleInMenu(true);
+            action->setWhatsThis(tr("Connected"));
+        }
+        connect(action, &QAction::triggered, this,
+                [this, id = server.id] { m_store.setSelectedServer(m_store.server(id)); });
+    }
+    m_menu->addSeparator();
+    connect(m_menu->addAction(tr("Add Server...")), &QAction::triggered, &m_model,
+            [this] { m_model.setShowingAddServer(true); });
+}
+
+QSize ServerMenuButton::sizeHint() const
+{
+    const int width =
+        2 * kPadding + StateDot::kDiameter + 2 * kGap + kChevron + fontMetrics().horizontalAdvance(name()) + 1;
+    return {std::min(width, kGreatestWidth), Metrics::kControlHeight};
+}
+
+QSize ServerMenuButton::minimumSizeHint() const
+{
+    return {std::min(sizeHint().width(), kLeastWidth), Metrics::kControlHeight};
+}
+
+void ServerMenuButton::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    style()->drawControl(QStyle::CE_PushButtonBevel, &option, &painter, this);
+
+    const Tokens &t = m_theme.tokens();
+    QRect inside = rect().adjusted(kPadding, 0, -kPadding, 0);
+    const auto &server = m_store.selectedServer();
+    if (server) {
+        QColor dot = server->isConnected ? t.green.color : t.faint;
+        dot.setAlphaF(server->isConnected ? 1.0F : 0.45F);
+        StateDot::paint(painter, {inside.left() + StateDot::kDiameter / 2.0, inside.center().y() + 0.5}, dot);
+        inside.adjust(StateDot::kDiameter + kGap, 0, 0, 0);
+    }
+    painter.drawPixmap(inside.right() + 1 - kChevron, inside.center().y() + 1 - kChevron / 2,
+                       Icons::pixmap(IconName::ChevronDown, t.dim, kChevron, devicePixelRatioF()));
+    inside.adjust(0, 0, -kChevron - kGap, 0);
+    painter.setFont(font());
+    painter.setPen(t.text);
+    painter.drawText(inside, Qt::AlignVCenter | Qt::TextSingleLine,
+                     fontMetrics().elidedText(name(), Qt::ElideRight, inside.width()));
+}
