@@ -1,12 +1,18 @@
 #include "App/CommandLine.h"
 
 #include "App/Constants.h"
+#include "Models/UserDefaults.h"
 #include "Version.h"
 
 #include <QCommandLineParser>
 #include <QDir>
 
 using namespace Qt::StringLiterals;
+
+QString CommandLine::profile() const
+{
+    return profileDirectory.isEmpty() ? UserDefaults::defaultDirectory() : profileDirectory;
+}
 
 CommandLine CommandLine::parse(const QStringList &arguments)
 {

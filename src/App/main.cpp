@@ -1,8 +1,11 @@
 #include "App/CommandLine.h"
 #include "App/Constants.h"
 #include "App/PictureScreens.h"
+#include "App/SingleInstance.h"
 #include "App/TarnwellApp.h"
 #include "App/UnixSignals.h"
+#include "Services/SSH/RuntimeDirectory.h"
+#include "Version.h"
 
 #include <QApplication>
 #include <cstdio>
@@ -20,15 +23,39 @@ CommandLine parse(int argc, char **argv)
     return CommandLine::parse(QCoreApplication::arguments());
 }
 
+// Whether this start goes on: one program runs for each profile. The exit code otherwise.
+std::optional<int> claim(SingleInstance &instance)
+{
+    switch (instance.claim(qgetenv("XDG_ACTIVATION_TOKEN"))) {
+    case SingleInstance::Claim::First:
+        break;
+    case SingleInstance::Claim::HandedOver:
+        return 0;
+    case SingleInstance::Claim::NoAnswer:
+        std::fputs("tarnwell: a program with this profile runs already, and does not answer\n", stderr);
+        return 1;
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     QCoreApplication::setApplicationName(Constants::kApplicationName);
+    QCoreApplication::setApplicationVersion(QLatin1StringView(TARNWELL_VERSION));
     const CommandLine line = parse(argc, argv);
     if (line.exitCode) {
         std::fprintf(*line.exitCode == 0 ? stdout : stderr, "%s\n", qPrintable(line.message));
         return *line.exitCode;
+    }
+
+    RuntimeDirectory runtimeDirectory;
+    SingleInstance instance(runtimeDirectory, line.profile());
+    if (line.isOrdinary()) {
+        if (const std::optional<int> exitCode = claim(instance)) {
+            return *exitCode;
+        }
     }
 
     PictureScreens screens;
@@ -44,7 +71,9 @@ int main(int argc, char **argv)
     QGuiApplication::setDesktopFileName(Constants::kDesktopFileName);
     const UnixSignals signals;
     QObject::connect(&signals, &UnixSignals::endRequested, &application, &QCoreApplication::quit);
-    TarnwellApp tarnwell(line);
+    TarnwellApp tarnwell(line, runtimeDirectory);
+    QObject::connect(&instance, &SingleInstance::raiseRequested, &tarnwell, &TarnwellApp::raiseWindow);
     tarnwell.start();
+    instance.listen();
     return QApplication::exec();
 }
