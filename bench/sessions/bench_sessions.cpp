@@ -13,6 +13,9 @@
 #include <QApplication>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QTimer>
+#include <cstdlib>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -20,8 +23,10 @@ namespace
 {
 
 constexpr int kRounds = 5;
-constexpr int kWaits = 200;
+constexpr int kWaits = 100;
+constexpr int kPauseMs = 7;
 constexpr int kInterrupts = 9;
+constexpr int kPatienceMs = 60'000;
 constexpr qint64 kBytes = 100'000'000;
 
 struct Bench {
@@ -48,11 +53,24 @@ struct Bench {
         return QString::fromStdString(terminal.text({terminal.screenTop(), 0}, last));
     }
 
-    void await(const QString &text)
+    // Ends the program when it takes too long: a shell that behaves otherwise is no measure of anything.
+    void run(const std::function<bool()> &isOver)
     {
-        while (!screen().contains(text)) {
+        QTimer patience;
+        patience.setSingleShot(true);
+        patience.callOnTimeout(qApp, [this] {
+            std::fprintf(stderr, "too long, at:\n%s\n", qPrintable(screen()));
+            std::exit(1);
+        });
+        patience.start(kPatienceMs);
+        while (!isOver()) {
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
+    }
+
+    void await(const QString &text)
+    {
+        run([&] { return screen().contains(text); });
     }
 
     bool prepare()
@@ -76,6 +94,7 @@ struct Bench {
         HostedTerminalView &terminal = *terminals.getOrCreateTerminal(server).terminal;
         terminal.resize(872, 700);
         terminal.show();
+        await(u"~"_s); // a prompt
         type("PS1='he''re> '; clear\r");
         await(u"here>"_s);
         return true;
@@ -112,6 +131,7 @@ void bigFile(Bench &bench)
     const auto sides = Measure::alternate(kRounds, terminal,
                                           [&] { return shellMilliseconds(client + u' ' + cat + u" > "_s + copy); });
     Measure::report("cat of 100 MB into the terminal / ssh into a file", sides, "ms", 1.5);
+    // With a terminal on the far side, as every session has one: the daemon gets no more than a page at a time of it.
     const auto sidesTty = Measure::alternate(
         kRounds, terminal, [&] { return shellMilliseconds(client + u" -tt "_s + cat + u" > "_s + copy); });
     Measure::report("the same / ssh -tt into a file", sidesTty, "ms", 1.5);
@@ -124,14 +144,18 @@ void flood(Bench &bench)
     std::vector<double> interrupts;
     for (int i = 0; i < kInterrupts; ++i) {
         bench.type("clear; yes\r");
-        bench.await(u"y\ny\ny\n"_s);
+        bench.run([&] {
+            const QString screen = bench.screen();
+            return !screen.contains(u"here>"_s) && screen.count(u'y') >= bench.view().rows() - 1;
+        });
         for (int j = 0; j < kWaits; ++j) {
+            QElapsedTimer pause; // in which the flood goes on
+            pause.start();
+            bench.run([&] { return pause.elapsed() >= kPauseMs; });
             waits.push_back(Measure::milliseconds([&] {
                 bool isHandled = false;
                 QMetaObject::invokeMethod(qApp, [&] { isHandled = true; }, Qt::QueuedConnection);
-                while (!isHandled) {
-                    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-                }
+                bench.run([&] { return isHandled; });
             }));
         }
         interrupts.push_back(Measure::milliseconds([&] {
@@ -139,8 +163,9 @@ void flood(Bench &bench)
             bench.await(u"here>"_s);
         }));
     }
-    std::printf("input under a flood: waits %.1f ms, at most %.1f (wanted at most 50)\n", Measure::median(waits),
-                std::ranges::max(waits));
+    std::ranges::sort(waits);
+    std::printf("input under a flood: waits %.1f ms, 99 of 100 at most %.1f, all at most %.1f (wanted at most 50)\n",
+                Measure::median(waits), waits[waits.size() * 99 / 100], std::ranges::max(waits));
     std::printf("Ctrl+C under a flood: stops it in %.0f ms, at most %.0f (wanted at most 500)\n",
                 Measure::median(interrupts), std::ranges::max(interrupts));
 }

@@ -42,9 +42,7 @@ ClipboardRequestBar::ClipboardRequestBar(const Theme &theme, QWidget *parent)
 
 void ClipboardRequestBar::ask(const QString &serverName, const QString &text)
 {
-    m_question->setFullText(
-        tr("%1 wants to copy %Ln character(s) to the clipboard", nullptr, static_cast<int>(text.size()))
-            .arg(PlainText::oneLine(serverName)));
+    m_question->setFullText(tr("%1 wants to copy a text to the clipboard").arg(PlainText::oneLine(serverName)));
     m_preview->setFullText(PlainText::oneLine(text.left(kPreview)));
     setAccessibleName(m_question->text());
     show();

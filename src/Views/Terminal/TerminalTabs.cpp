@@ -6,6 +6,7 @@
 #include "Views/Theme/TarnwellStyle.h"
 #include "Views/Theme/Theme.h"
 
+#include <QPainter>
 #include <QPushButton>
 #include <QScopedValueRollback>
 
@@ -15,6 +16,9 @@ namespace
 {
 
 constexpr qsizetype kLongestTitle = 32;
+constexpr int kHeight = 32;
+constexpr int kPadding = 12;
+constexpr int kUnderline = 2;
 
 } // namespace
 
@@ -26,7 +30,6 @@ TerminalTabs::TerminalTabs(const Theme &theme, GlobalTerminalSessionManager &ter
     , m_serverId(serverId)
 {
     setAccessibleName(tr("Terminals"));
-    setDocumentMode(true);
     setExpanding(false);
     setDrawBase(false);
     setElideMode(Qt::ElideRight);
@@ -67,6 +70,39 @@ void TerminalTabs::refresh()
     }
     setCurrentIndex(static_cast<int>(terminals.indexOf(m_terminals.currentTerminal(m_serverId))));
     setVisible(terminals.size() > 1);
+}
+
+QSize TerminalTabs::tabSizeHint(int index) const
+{
+    const int button = tabButton(index, RightSide) ? tabButton(index, RightSide)->width() + 4 : 0;
+    return {fontMetrics().horizontalAdvance(shownText(index)) + 2 * kPadding + button, kHeight};
+}
+
+QString TerminalTabs::shownText(int index) const
+{
+    return tabText(index).replace(u"&&"_s, u"&"_s);
+}
+
+// Flat, as the rest of the window: the current one is underlined.
+void TerminalTabs::paintEvent(QPaintEvent *)
+{
+    const Tokens &t = m_theme.tokens();
+    QPainter painter(this);
+    painter.fillRect(rect(), t.surface);
+    painter.fillRect(0, height() - 1, width(), 1, t.line);
+    for (int i = 0; i < count(); ++i) {
+        const QRect tab = tabRect(i);
+        const bool isCurrent = i == currentIndex();
+        painter.setPen(isCurrent ? t.text : t.dim);
+        painter.drawText(tab.adjusted(kPadding, 0, 0, 0), Qt::AlignVCenter | Qt::TextSingleLine, shownText(i));
+        if (isCurrent) {
+            painter.fillRect(tab.left(), tab.bottom() - kUnderline + 1, tab.width(), kUnderline, t.accent.color);
+        }
+        if (isCurrent && hasFocus()) {
+            TarnwellStyle::drawFocusRing(painter, QRectF(tab).adjusted(1, 1, -1, -3), Metrics::kControlRadius,
+                                         t.accent.color);
+        }
+    }
 }
 
 void TerminalTabs::addCloseButton(int index, const QUuid &terminalId)

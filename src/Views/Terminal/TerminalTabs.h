@@ -23,7 +23,12 @@ Q_SIGNALS:
     void terminalChosen(const QUuid &terminalId);
     void closeRequested(const QUuid &terminalId);
 
+protected:
+    QSize tabSizeHint(int index) const override;
+    void paintEvent(QPaintEvent *event) override;
+
 private:
+    QString shownText(int index) const;
     void addCloseButton(int index, const QUuid &terminalId);
     void showTab(int index, const QUuid &terminalId);
 

@@ -35,16 +35,12 @@ TerminalView::TerminalView(const Theme &theme, const ServerStore &store, GlobalT
     , m_wrapper(new TerminalHostWrapper(theme, store, terminals, server.id, this))
 {
     setAccessibleName(tr("Terminal"));
-    auto *const tabs = new Panel(theme, &Tokens::surface, Qt::BottomEdge, this);
-    auto *const tabLine = new QHBoxLayout(tabs);
-    tabLine->setContentsMargins(12, 0, 12, 1);
-    tabLine->addWidget(m_tabs);
     auto *const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(makeHeader(theme));
     column->addWidget(m_clipboardRequest);
-    column->addWidget(tabs);
+    column->addWidget(m_tabs);
     column->addWidget(m_wrapper, 1);
     setFocusProxy(m_wrapper);
     connectParts();
@@ -82,6 +78,7 @@ void TerminalView::connectParts()
 {
     connect(this, &SectionPage::activeChanged, this, [this](bool isActive) {
         if (isActive) {
+            m_tabs->refresh();
             m_wrapper->showTerminal();
             followTerminal();
         }
