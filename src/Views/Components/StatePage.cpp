@@ -37,7 +37,6 @@ public:
         , m_title(new TextLabel(theme, TextStyle::Title, {}, TextLabel::Shade::Text, m_column))
         , m_text(new TextLabel(theme, TextStyle::Body, {}, TextLabel::Shade::Dim, m_column))
         , m_detail(new TextLabel(theme, TextStyle::Mono, {}, TextLabel::Shade::Dim, m_column))
-        , m_extra(new QVBoxLayout)
         , m_button(new QPushButton(m_column))
     {
         m_picture->setFixedSize(kPictureGround, kPictureGround);
@@ -61,9 +60,7 @@ public:
         column->addWidget(m_text);
         column->addSpacing(6);
         column->addWidget(m_detail);
-        column->addSpacing(10);
-        column->addLayout(m_extra);
-        column->addSpacing(6);
+        column->addSpacing(16);
         column->addWidget(m_button, 0, Qt::AlignHCenter);
         m_column->setMaximumWidth(kWidth);
 
@@ -92,20 +89,9 @@ public:
         m_detail->setVisible(!message.detail.isEmpty());
         m_button->setText(buttonText);
         m_button->setVisible(!buttonText.isEmpty());
-        setExtraVisible(state == StatePage::State::Error);
         setAccessibleName(message.title);
         m_picture->update();
         updateFrames();
-    }
-
-    void setExtra(QWidget *extra)
-    {
-        if (m_extra->count() > 0) {
-            delete m_extra->takeAt(0)->widget();
-        }
-        if (extra) {
-            m_extra->addWidget(extra, 0, Qt::AlignHCenter);
-        }
     }
 
     StatePage::Message current() const { return m_current; }
@@ -167,20 +153,12 @@ private:
         painter.drawArc(circle, 90 * 16 - turn, -90 * 16);
     }
 
-    void setExtraVisible(bool isVisible)
-    {
-        if (m_extra->count() > 0) {
-            m_extra->itemAt(0)->widget()->setVisible(isVisible);
-        }
-    }
-
     const Theme &m_theme;
     QWidget *m_column;
     QWidget *m_picture;
     TextLabel *m_title;
     TextLabel *m_text;
     TextLabel *m_detail;
-    QVBoxLayout *m_extra;
     QPushButton *m_button;
     QTimer m_frames;
     QElapsedTimer m_clock;
@@ -232,11 +210,6 @@ void StatePage::present(State state, const Message &message, const QString &butt
 StatePage::Message StatePage::message() const
 {
     return m_message->current();
-}
-
-void StatePage::setErrorExtra(QWidget *extra)
-{
-    m_message->setExtra(extra);
 }
 
 QPushButton &StatePage::button() const

@@ -41,9 +41,6 @@ public:
     /// What is on show; empty texts with content.
     Message message() const;
 
-    /// A widget below the message of an error, for instance a field that is wanted to go on. The page owns it.
-    void setErrorExtra(QWidget *extra);
-
     QPushButton &button() const;
 
 Q_SIGNALS:

@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr qsizetype kEqualCards = 10; // up to so many file systems the other card is made as high as theirs
+constexpr qsizetype kEqualCards = 6; // up to so many file systems the other card is made as high as theirs
 
 KeyValueGrid::Rows rowsOf(const SystemInfo &info)
 {

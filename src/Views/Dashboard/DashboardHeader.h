@@ -18,8 +18,6 @@ public:
 
     Pill &state() const { return *m_state; }
 
-    QPushButton &connectButton() const { return *m_connect; }
-
     QPushButton &disconnectButton() const { return *m_disconnect; }
 
 private:

@@ -8,7 +8,6 @@
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
-#include <cmath>
 
 using namespace Qt::StringLiterals;
 
