@@ -1,7 +1,8 @@
-// vt-window [--size COLSxROWS] [--font FAMILY] [--points N] [--light] [--clipboard] -- COMMAND...
+// vt-window [--size COLSxROWS] [--font FAMILY] [--points N] [--light] [--clipboard] [--picture FILE]
+//           -- COMMAND...
 //
 // A window with a command on a pseudo terminal in it. Ends with the command's status, or 128 and the number of the
-// signal that ended it.
+// signal that ended it. --picture writes what is on show then.
 
 #include "TerminalEmulator/PseudoTerminal.h"
 #include "TerminalEmulator/View/TerminalWidget.h"
@@ -116,7 +117,9 @@ int main(int argc, char **argv)
     const QCommandLineOption light(QStringLiteral("light"), QStringLiteral("Dark text on light."));
     const QCommandLineOption clipboard(QStringLiteral("clipboard"),
                                        QStringLiteral("Lets programs write the clipboard."));
-    parser.addOptions({size, font, points, light, clipboard});
+    const QCommandLineOption picture(QStringLiteral("picture"), QStringLiteral("Keeps the last look of it."),
+                                     QStringLiteral("FILE"));
+    parser.addOptions({size, font, points, light, clipboard, picture});
     parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("What to run."),
                                  QStringLiteral("-- COMMAND..."));
     parser.process(application);
@@ -158,5 +161,10 @@ int main(int argc, char **argv)
     view.setFocus();
     const int status = QApplication::exec();
     view.setDelegate(nullptr);
+    if (parser.isSet(picture)) {
+        view.flushOutput();
+        view.redisplay();
+        view.grab().save(parser.value(picture));
+    }
     return status;
 }

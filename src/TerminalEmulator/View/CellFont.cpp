@@ -82,10 +82,64 @@ quint32 CellFont::findHigh(char32_t codePoint, Face face)
     if (found != known.cend()) {
         return *found;
     }
-    if (known.size() > MaxKnown) {
+    if (known.size() > MaxHigh) {
         known.clear();
     }
     return *known.insert(codePoint, find(codePoint, face));
+}
+
+CellFont::Placed CellFont::placed(char32_t codePoint, Face face, int columns)
+{
+    const quint64 key = quint64{codePoint} << 3 | quint64{face} << 1 | static_cast<quint64>(columns - 1);
+    const auto found = m_placed.constFind(key);
+    if (found != m_placed.cend()) {
+        return *found;
+    }
+    if (m_placed.size() > MaxHigh) {
+        m_placed.clear();
+    }
+    return *m_placed.insert(key, place(codePoint, face, columns));
+}
+
+/// Looks among the fonts that served other characters of the script; to lay each out costs a hundred times as much.
+CellFont::Placed CellFont::place(char32_t codePoint, Face face, int columns)
+{
+    const QString text = QString::fromUcs4(&codePoint, 1);
+    const QChar::Script script = QChar::script(codePoint);
+    // Symbols have no script of their own, and letters that join need their neighbours.
+    const bool isSimple = script == QChar::Script_Han || script == QChar::Script_Hiragana ||
+                          script == QChar::Script_Katakana || script == QChar::Script_Hangul ||
+                          script == QChar::Script_Bopomofo || script == QChar::Script_Yi || isEmoji(text);
+    if (!isSimple) {
+        return {};
+    }
+    const quint64 kind = static_cast<quint64>(script) << 3 | (isEmoji(text) ? 4u : 0u) | quint64{face};
+    std::deque<Fallback> &fonts = m_fallbacks[kind];
+    const qreal room = columns * m_width;
+    const auto fits = [&](Fallback &fallback) -> Placed {
+        const QList<quint32> glyphs =
+            fallback.font.supportsCharacter(codePoint) ? fallback.font.glyphIndexesForString(text) : QList<quint32>();
+        if (glyphs.size() != 1) {
+            return {};
+        }
+        qreal width = columns == 2 ? fallback.wide : 0;
+        if (width == 0) {
+            width = fallback.font.advancesForGlyphIndexes(glyphs).constFirst().x();
+            fallback.wide = columns == 2 ? width : 0;
+        }
+        return width <= room + 0.5 ? Placed{&fallback.font, glyphs.constFirst(), (room - width) / 2} : Placed{};
+    };
+    for (Fallback &each : fonts) {
+        if (const Placed found = fits(each); found.font) {
+            return found;
+        }
+    }
+    const Layout &laidOut = layout(text, face, columns);
+    if (laidOut.runs.size() != 1 || fonts.size() > 8) {
+        return {};
+    }
+    fonts.push_back({laidOut.runs.constFirst().rawFont(), 0});
+    return fits(fonts.back());
 }
 
 const CellFont::Layout &CellFont::layout(const QString &text, Face face, int columns)

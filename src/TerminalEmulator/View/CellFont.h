@@ -6,6 +6,8 @@
 #include <QRawFont>
 
 #include <array>
+#include <deque>
+#include <unordered_map>
 #include <vector>
 
 namespace vt
@@ -54,13 +56,24 @@ public:
         return findHigh(codePoint, face);
     }
 
+    /// A glyph of another font, where that is all a code point needs.
+    struct Placed {
+        const QRawFont *font = nullptr; ///< holds as long as this object; null: layout() is needed
+        quint32 glyph = 0;
+        qreal offset = 0; ///< from the cell's left edge
+    };
+
+    /// For a code point the face has not.
+    Placed placed(char32_t codePoint, Face face, int columns);
+
     /// What shows `text` (a cluster, or one code point the face has not) in `columns` cells: by other fonts if need
     /// be, made smaller if it is too wide. The reference holds until the next call.
     const Layout &layout(const QString &text, Face face, int columns);
 
 private:
     static constexpr quint32 Unknown = 0xffffffff;
-    static constexpr qsizetype MaxKnown = 8192; ///< texts remembered, beyond which all are forgotten
+    static constexpr qsizetype MaxKnown = 8192;  ///< layouts remembered, beyond which all are forgotten
+    static constexpr qsizetype MaxHigh = 50'000; ///< the same of code points
 
     struct Known {
         QFont font;
@@ -69,6 +82,14 @@ private:
         QHash<char32_t, quint32> high;
     };
 
+    /// A font that served a script, and the width its characters of two columns share: to ask each costs as much as
+    /// to draw it.
+    struct Fallback {
+        QRawFont font;
+        qreal wide = 0;
+    };
+
+    Placed place(char32_t codePoint, Face face, int columns);
     quint32 find(char32_t codePoint, Face face) const;
     quint32 findHigh(char32_t codePoint, Face face);
     Layout makeLayout(const QString &text, Face face, int columns) const;
@@ -76,7 +97,9 @@ private:
 
     std::array<Known, 4> m_faces;
     QStringList m_emojiFamilies;
-    QHash<QString, Layout> m_layouts; ///< by text, face and columns
+    QHash<quint64, Placed> m_placed;                               ///< by code point, face and columns
+    std::unordered_map<quint64, std::deque<Fallback>> m_fallbacks; ///< by script, kind and face
+    QHash<QString, Layout> m_layouts;                              ///< by text, face and columns
     int m_width = 1;
     int m_height = 1;
     int m_baseline = 1;

@@ -32,14 +32,13 @@ qsizetype Feeder::consume(QByteArrayView bytes)
 {
     qsizetype done = 0;
     m_isConsuming = true;
-    QElapsedTimer clock;
-    clock.start();
-    const qint64 before = m_spent;
-    while (done < bytes.size() && m_spent < Budget) {
+    if (!m_clock.isValid()) {
+        m_clock.start();
+    }
+    while (done < bytes.size() && hasTime()) {
         const QByteArrayView slice = bytes.sliced(done, std::min(Slice, bytes.size() - done));
         m_consume({slice.data(), static_cast<size_t>(slice.size())});
         done += slice.size();
-        m_spent = before + clock.nsecsElapsed();
     }
     m_isConsuming = false;
     // The next turn begins when everything else has had its own.
@@ -51,9 +50,10 @@ qsizetype Feeder::consume(QByteArrayView bytes)
 
 void Feeder::turn()
 {
-    m_spent = 0;
+    m_ranOut = !hasTime();
+    m_clock.invalidate();
     const bool waited = m_pending > 0;
-    while (!m_queue.empty() && m_spent < Budget) {
+    while (!m_queue.empty() && hasTime()) {
         // Kept by a copy: what is consumed may feed more.
         const QByteArray block = m_queue.front();
         const unsigned cleared = m_cleared;

@@ -13,7 +13,7 @@ namespace vt
 {
 
 /// Takes output as fast as it comes and hands it on in slices, so that the event loop gets its turn in between: a
-/// turn spends at most Budget on it. What does not fit waits here.
+/// turn ends Budget after its first byte, whoever used the time. What does not fit waits here.
 class Feeder : public QObject
 {
 public:
@@ -29,7 +29,10 @@ public:
     qsizetype pending() const { return m_pending; }
 
     /// Whether bytes given now are consumed at once.
-    bool isReady() const { return m_pending == 0 && m_spent < Budget; }
+    bool isReady() const { return m_pending == 0 && hasTime(); }
+
+    /// Whether output comes faster than turns can take it.
+    bool isFlooded() const { return m_pending > 0 || m_ranOut; }
 
     /// Consumes what waits, whatever it takes.
     void flush();
@@ -37,6 +40,8 @@ public:
     void clear();
 
 private:
+    bool hasTime() const { return !m_clock.isValid() || m_clock.nsecsElapsed() < Budget; }
+
     qsizetype consume(QByteArrayView bytes);
     void turn();
 
@@ -46,8 +51,9 @@ private:
     std::deque<QByteArray> m_queue;
     qsizetype m_offset = 0; ///< consumed of the first block
     qsizetype m_pending = 0;
-    qint64 m_spent = 0;     ///< nanoseconds in this turn
+    QElapsedTimer m_clock;  ///< of this turn, invalid before its first byte
     unsigned m_cleared = 0; ///< counts clear()
+    bool m_ranOut = false;  ///< the last turn's time was used up
     bool m_isConsuming = false;
 };
 

@@ -32,6 +32,29 @@ QRgb mixed(QRgb one, QRgb other, int share)
     return qRgb(mix(qRed(one), qRed(other)), mix(qGreen(one), qGreen(other)), mix(qBlue(one), qBlue(other)));
 }
 
+constexpr double MinContrast = 3; ///< of text in colours of the palette; 1 is none, 21 black on white
+
+double luminance(QRgb color)
+{
+    const auto linear = [](int channel) {
+        const double value = channel / 255.0;
+        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(qRed(color)) + 0.7152 * linear(qGreen(color)) + 0.0722 * linear(qBlue(color));
+}
+
+double contrast(QRgb one, QRgb other)
+{
+    const auto [low, high] = std::minmax({luminance(one), luminance(other)});
+    return (high + 0.05) / (low + 0.05);
+}
+
+/// One of the sixteen colours the host chose, not the application.
+bool isOfPalette(const Color &color)
+{
+    return color.kind == Color::Kind::Default || (color.kind == Color::Kind::Indexed && color.red < 16);
+}
+
 CellFont::Face faceOf(const Style &style)
 {
     return static_cast<CellFont::Face>((style.has(Style::Bold) ? CellFont::Bold : 0) |
@@ -79,12 +102,39 @@ QRgb RowPainter::defaultText() const
     return toRgb(m_terminal.isReverseScreen() ? m_terminal.background() : m_terminal.foreground());
 }
 
-RowPainter::Ink RowPainter::ink(const Style &style) const
+/// Text of the palette on a background of the palette that could not be read: as much lighter or darker as it takes.
+QRgb RowPainter::legible(QRgb text, QRgb background)
+{
+    constexpr qsizetype MaxKnown = 1024;
+    const quint64 key = quint64{text} << 32 | background;
+    const auto known = m_legible.constFind(key);
+    if (known != m_legible.cend()) {
+        return *known;
+    }
+    QRgb goal = luminance(text) >= luminance(background) ? qRgb(255, 255, 255) : qRgb(0, 0, 0);
+    const bool turns = contrast(goal, background) < MinContrast;
+    goal = turns ? ~goal | 0xff000000 : goal;
+    QRgb result = text;
+    // On the other side of the background a half-way colour would be murky.
+    for (int share = turns && contrast(text, background) < MinContrast ? 224 : 32;
+         share <= 256 && contrast(result, background) < MinContrast; share += 32) {
+        result = mixed(goal, text, share);
+    }
+    if (m_legible.size() > MaxKnown) {
+        m_legible.clear();
+    }
+    return *m_legible.insert(key, result);
+}
+
+RowPainter::Ink RowPainter::ink(const Style &style)
 {
     QRgb text = toRgb(m_terminal.resolve(style.foreground, fromRgb(defaultText())));
     QRgb background = toRgb(m_terminal.resolve(style.background, fromRgb(defaultBackground())));
     if (style.has(Style::Inverse)) {
         std::swap(text, background);
+    }
+    if (text != background && isOfPalette(style.foreground) && isOfPalette(style.background)) {
+        text = legible(text, background);
     }
     if (style.has(Style::Faint)) {
         text = mixed(text, background, 140);
@@ -171,13 +221,24 @@ void RowPainter::drawNormal(QPainter &painter, const Line &line, int y, int colu
     }
 }
 
-void RowPainter::flush(QPainter &painter, CellFont::Face face, int y, QRgb color)
+/// Glyphs are drawn together as long as they are of one font.
+void RowPainter::collect(QPainter &painter, const QRawFont &font, quint32 glyph, qreal x, int y, QRgb color)
+{
+    if (m_glyphFont != &font) {
+        flush(painter, y, color);
+        m_glyphFont = &font;
+    }
+    m_glyphs.push_back(glyph);
+    m_positions.emplace_back(x, 0);
+}
+
+void RowPainter::flush(QPainter &painter, int y, QRgb color)
 {
     if (m_glyphs.empty()) {
         return;
     }
     QGlyphRun run;
-    run.setRawFont(m_font.face(face));
+    run.setRawFont(*m_glyphFont);
     run.setRawData(m_glyphs.data(), m_positions.data(), static_cast<int>(m_glyphs.size()));
     painter.setPen(QColor(color));
     painter.drawGlyphRun(QPointF(0, y + m_font.baseline()), run);
@@ -190,22 +251,27 @@ void RowPainter::drawText(QPainter &painter, const Line &line, const Run &run, i
     const CellFont::Face face = faceOf(*run.style);
     const int width = m_font.width();
     const int end = std::min<int>(run.last + 1, static_cast<int>(line.cells.size()));
+    m_glyphFont = nullptr;
     for (int x = run.first; x < end; ++x) {
         const Cell cell = line.cells[static_cast<size_t>(x)];
         const uint32_t code = cell.code & Cell::CodePoint;
         if (cell.isTail() || (code <= 0x20 && !cell.isCluster())) {
             continue;
         }
-        if (!cell.isCluster() && !cell.isWide() && !isBoxDrawing(code)) {
-            if (const quint32 glyph = m_font.glyph(code, face)) {
-                m_glyphs.push_back(glyph);
-                m_positions.emplace_back(x * width, 0);
+        if (!cell.isCluster() && !isBoxDrawing(code)) {
+            if (const quint32 glyph = cell.isWide() ? 0 : m_font.glyph(code, face)) {
+                collect(painter, m_font.face(face), glyph, x * width, y, run.ink.text);
+                continue;
+            }
+            const CellFont::Placed placed = m_font.placed(code, face, cell.isWide() ? 2 : 1);
+            if (placed.font) {
+                collect(painter, *placed.font, placed.glyph, x * width + placed.offset, y, run.ink.text);
                 continue;
             }
         }
         drawCell(painter, cell, x * width, y, face, run.ink.text);
     }
-    flush(painter, face, y, run.ink.text);
+    flush(painter, y, run.ink.text);
 }
 
 /// A cell that is not one glyph of its face: drawn by geometry, or laid out.

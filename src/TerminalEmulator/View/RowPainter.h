@@ -57,7 +57,7 @@ public:
         QRgb background;
     };
 
-    Ink ink(const Style &style) const;
+    Ink ink(const Style &style);
 
     QRgb defaultBackground() const;
     QRgb defaultText() const;
@@ -75,13 +75,17 @@ private:
     void drawText(QPainter &painter, const Line &line, const Run &run, int y);
     void drawCell(QPainter &painter, const Cell &cell, int x, int y, CellFont::Face face, QRgb color);
     void drawLines(QPainter &painter, const Run &run, int y);
-    void flush(QPainter &painter, CellFont::Face face, int y, QRgb color);
+    void collect(QPainter &painter, const QRawFont &font, quint32 glyph, qreal x, int y, QRgb color);
+    void flush(QPainter &painter, int y, QRgb color);
+    QRgb legible(QRgb text, QRgb background);
 
     const Terminal &m_terminal;
     CellFont &m_font;
     const ViewColors &m_colors;
     bool m_hidesSlow = false;
     bool m_hidesRapid = false;
+    QHash<quint64, QRgb> m_legible;        ///< by text and background
+    const QRawFont *m_glyphFont = nullptr; ///< of what is collected
     std::vector<quint32> m_glyphs;
     std::vector<QPointF> m_positions;
     std::string m_text;

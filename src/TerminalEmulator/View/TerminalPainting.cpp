@@ -46,13 +46,23 @@ void addMark(std::vector<RowMark> &marks, int64_t line, int columns, Position fi
 
 // ---- frames ------------------------------------------------------------------------------------------------------
 
+/// Nobody reads a flood: its frames leave most of the time to taking it in.
+int TerminalWidget::State::frameInterval() const
+{
+    if (!feeder.isFlooded()) {
+        return FrameInterval;
+    }
+    return static_cast<int>(std::clamp<qint64>(frameCost * FrameShare / 1'000'000, FrameInterval, SlowestFrame));
+}
+
 void TerminalWidget::State::requestFrame()
 {
     if (!widget->isVisible()) {
         return;
     }
-    const qint64 passed = sinceFrame.isValid() ? sinceFrame.elapsed() : FrameInterval;
-    const int due = static_cast<int>(std::max<qint64>(0, FrameInterval - passed));
+    const int interval = frameInterval();
+    const qint64 passed = sinceFrame.isValid() ? sinceFrame.elapsed() : interval;
+    const int due = static_cast<int>(std::max<qint64>(0, interval - passed));
     // A timer that waits for the application to show its output gives way once it did.
     if (!frameTimer.isActive() || (heldBack.isValid() && !terminal.isSynchronizing())) {
         frameTimer.start(due);
@@ -93,6 +103,7 @@ void TerminalWidget::State::frame()
     if (shown != screen.top()) {
         Q_EMIT widget->scrollChanged();
     }
+    frameCost = sinceFrame.nsecsElapsed();
 }
 
 void TerminalWidget::State::invalidate()
@@ -240,9 +251,12 @@ void TerminalWidget::paintEvent(QPaintEvent *event)
     if (state.screen.image().isNull()) {
         state.frame();
     }
+    QElapsedTimer clock;
+    clock.start();
     QPainter painter(this);
     useDevicePixels(painter);
     state.paint(painter, event->region());
+    state.frameCost += clock.nsecsElapsed();
 }
 
 void TerminalWidget::State::paint(QPainter &canvas, const QRegion &region)

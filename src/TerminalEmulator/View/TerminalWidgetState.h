@@ -21,6 +21,8 @@ namespace vt
 /// What a TerminalWidget is made of.
 struct TerminalWidget::State {
     static constexpr int SyncTimeout = 150;   ///< milliseconds the application may hold its output back
+    static constexpr int SlowestFrame = 64;   ///< milliseconds between frames during a flood
+    static constexpr int FrameShare = 4;      ///< of that time frames take one part at most
     static constexpr int ResizeDelay = 25;    ///< milliseconds a size must stand before it counts
     static constexpr int BellDuration = 100;  ///< milliseconds of the visual bell
     static constexpr int SelectInterval = 40; ///< milliseconds between two steps of scrolling while selecting
@@ -45,6 +47,7 @@ struct TerminalWidget::State {
     // ---- frames and painting, in TerminalPainting.cpp
     void requestFrame();
     void frame();
+    int frameInterval() const;
     void invalidate();
     void paint(QPainter &painter, const QRegion &region);
     void paintCursor(QPainter &painter);
@@ -105,6 +108,7 @@ struct TerminalWidget::State {
 
     QTimer frameTimer;
     QElapsedTimer sinceFrame;
+    qint64 frameCost = 0;   ///< nanoseconds of the last frame and its painting
     QElapsedTimer heldBack; ///< runs while the application holds its output back
     QTimer resizeTimer;
     QBasicTimer blinkTimer;
