@@ -25,6 +25,8 @@ private Q_SLOTS:
     void boundsTitles();
     void drawsBoxesWithoutGaps_data();
     void drawsBoxesWithoutGaps();
+    void drawsEachAttributeInItsWay();
+    void keepsColoursLegible();
 };
 
 void TestTerminalView::worksWithoutParentAndSize()
@@ -253,6 +255,57 @@ void TestTerminalView::drawsBoxesWithoutGaps()
             lit = lit || isLit(x, y);
         }
         QVERIFY2(lit, qPrintable(QStringLiteral("row %1").arg(y)));
+    }
+}
+
+void TestTerminalView::drawsEachAttributeInItsWay()
+{
+    ViewFixture fixture;
+    const QList<QByteArray> attributes{
+        "",  "1", "2", "3",  "4",  "4:2", "4:3",     "4:4",          "4:5", "4;58:2::255:0:0",
+        "7", "8", "9", "53", "31", "91",  "38;5;31", "38;2;1;200;3", "41"};
+    QList<QImage> pictures;
+    for (const QByteArray &each : attributes) {
+        fixture.view.feed("\x1b[2J\x1b[H\x1b[?25l\x1b[" + each + "mWord\x1b[m");
+        ViewFixture::settle();
+        const QImage picture =
+            fixture.view.grab(QRect(fixture.view.contentsRect().topLeft(), fixture.at(6, 1))).toImage();
+        const auto same = pictures.indexOf(picture);
+        QVERIFY2(same < 0, (each + " looks like " + attributes.value(same)).constData());
+        pictures.append(picture);
+    }
+}
+
+/// Colours of the palette never meet so that they cannot be read; what an application hides stays hidden.
+void TestTerminalView::keepsColoursLegible()
+{
+    ViewFixture fixture;
+    fixture.view.feed("\x1b[?25l");
+    for (int background = 40; background < 48; ++background) {
+        for (int text = 30; text < 38; ++text) {
+            fixture.view.feed("\x1b[" + QByteArray::number(text) + ';' + QByteArray::number(background) + "mMM");
+        }
+        fixture.view.feed("\x1b[m\r\n");
+    }
+    ViewFixture::settle();
+    const QImage picture = fixture.view.grab().toImage();
+    const auto span = [&](int column, int row) {
+        const QRect cells(fixture.at(2 * column, row), fixture.at(2 * column + 1, row));
+        int low = 255;
+        int high = 0;
+        for (int x = cells.left(); x <= cells.right(); ++x) {
+            const int gray = qGray(picture.pixel(QPoint(x, cells.center().y()) * picture.devicePixelRatio()));
+            low = std::min(low, gray);
+            high = std::max(high, gray);
+        }
+        return high - low;
+    };
+    for (int background = 0; background < 8; ++background) {
+        for (int text = 0; text < 8; ++text) {
+            const QString which = QStringLiteral("%1 on %2").arg(text).arg(background);
+            QVERIFY2(text == background ? span(text, background) == 0 : span(text, background) > 35,
+                     qPrintable(which));
+        }
     }
 }
 
