@@ -1,5 +1,5 @@
-// pty-drop [--size COLSxROWS] -- COMMAND...: runs a command on a pseudo terminal and drops what it writes, as fast as it
-// can be read. What a terminal is measured against.
+// pty-drop [--size COLSxROWS] -- COMMAND...: runs a command on a pseudo terminal and drops what it writes, as fast as
+// it can be read. What a terminal is measured against.
 
 #include "TerminalEmulator/PseudoTerminal.h"
 
