@@ -21,7 +21,7 @@ namespace vt
 /// What a TerminalWidget is made of.
 struct TerminalWidget::State {
     static constexpr int SyncTimeout = 150;   ///< milliseconds the application may hold its output back
-    static constexpr int SlowestFrame = 64;   ///< milliseconds between frames during a flood
+    static constexpr int SlowestFrame = 250;  ///< milliseconds between frames during a flood
     static constexpr int FrameShare = 4;      ///< of that time frames take one part at most
     static constexpr int ResizeDelay = 25;    ///< milliseconds a size must stand before it counts
     static constexpr int BellDuration = 100;  ///< milliseconds of the visual bell
