@@ -54,10 +54,11 @@ HeaderLayout::~HeaderLayout()
     }
 }
 
-void HeaderLayout::add(QWidget *widget, Role role)
+void HeaderLayout::add(QWidget *widget, Role role, const QWidget *before)
 {
     addChildWidget(widget);
-    m_entries.append({new QWidgetItem(widget), role});
+    const auto isIt = [before](const Entry &entry) { return before && entry.item->widget() == before; };
+    m_entries.insert(std::ranges::find_if(m_entries, isIt), {new QWidgetItem(widget), role});
     invalidate();
 }
 

@@ -19,8 +19,8 @@ public:
     explicit HeaderLayout(QWidget *parent);
     ~HeaderLayout() override;
 
-    /// The order of the calls is the order within a role, and that for Tab.
-    void add(QWidget *widget, Role role);
+    /// The order of the calls is the order within a role, unless one is to stand before another.
+    void add(QWidget *widget, Role role, const QWidget *before = nullptr);
 
     void addItem(QLayoutItem *item) override;
     int count() const override;

@@ -49,14 +49,17 @@ AutoRefreshToggle &SectionHeader::addAutoRefresh()
 
 RefreshButton &SectionHeader::addRefresh(const QString &help)
 {
-    auto *button = new RefreshButton(m_theme, help, this);
-    m_layout->add(button, HeaderLayout::Role::Control);
-    return *button;
+    m_refresh = new RefreshButton(m_theme, help, this);
+    m_layout->add(m_refresh, HeaderLayout::Role::Control);
+    return *m_refresh;
 }
 
 void SectionHeader::addControl(QWidget *control)
 {
-    m_layout->add(control, HeaderLayout::Role::Control);
+    m_layout->add(control, HeaderLayout::Role::Control, m_refresh);
+    if (m_refresh) {
+        setTabOrder(m_refresh->previousInFocusChain(), control);
+    }
 }
 
 void SectionHeader::setSubtitle(QWidget *subtitle)

@@ -24,7 +24,7 @@ public:
     AutoRefreshToggle &addAutoRefresh();
     RefreshButton &addRefresh(const QString &help = {});
 
-    /// Any other control, among those at the right.
+    /// Any other control, among those at the right; the refresh button stays the last of them.
     void addControl(QWidget *control);
 
     /// A line below the title, for instance a path.
@@ -37,4 +37,5 @@ private:
     QWidget *m_titles;
     HeaderLayout *m_layout;
     SearchField *m_search = nullptr;
+    RefreshButton *m_refresh = nullptr;
 };

@@ -21,6 +21,7 @@ constexpr qreal kCheckBoxRadius = 4;
 constexpr int kButtonPadding = 12;
 constexpr int kIconGap = 7;
 constexpr int kFieldPadding = 6; // beside what QLineEdit leaves itself
+constexpr int kArrowWidth = 28;  // of a field with a list
 constexpr int kScrollBarExtent = 12;
 constexpr int kScrollBarThickness = 6;
 constexpr int kLeastSliderLength = 32;
@@ -139,6 +140,9 @@ QSize TarnwellStyle::sizeFromContents(ContentsType type, const QStyleOption *opt
     }
     if (type == CT_LineEdit) {
         return {size.width() + 2 * kFieldPadding, Metrics::kControlHeight};
+    }
+    if (type == CT_ComboBox) {
+        return {size.width() + 2 * kFieldPadding + kArrowWidth, Metrics::kControlHeight};
     }
     return QProxyStyle::sizeFromContents(type, option, size, widget);
 }
@@ -272,6 +276,17 @@ void TarnwellStyle::drawCheckBox(const QStyleOption &option, QPainter &painter) 
     painter.restore();
 }
 
+void TarnwellStyle::drawArrow(const QStyleOption &option, QPainter &painter, const QRect &rect) const
+{
+    const bool isEnabled = option.state.testFlag(State_Enabled);
+    const QPointF middle = QRectF(rect).center();
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(isEnabled ? m_theme.tokens().dim : m_theme.tokens().faint, 1.5));
+    painter.drawPolyline(QPolygonF{middle + QPointF(-4, -2), middle + QPointF(0, 2), middle + QPointF(4, -2)});
+    painter.restore();
+}
+
 void TarnwellStyle::drawField(const QStyleOption &option, QPainter &painter, const QWidget *widget) const
 {
     const Tokens &t = m_theme.tokens();
@@ -339,6 +354,16 @@ QRect TarnwellStyle::subElementRect(SubElement element, const QStyleOption *opti
 QRect TarnwellStyle::subControlRect(ComplexControl control, const QStyleOptionComplex *option, SubControl subControl,
                                     const QWidget *widget) const
 {
+    if (control == CC_ComboBox && subControl != SC_ComboBoxListBoxPopup) {
+        const QRect &all = option->rect;
+        const int field = all.width() - kArrowWidth;
+        return visualRect(
+            option->direction, all,
+            subControl == SC_ComboBoxEditField
+                ? QRect(all.left() + kFieldPadding, all.top() + 1, field - kFieldPadding, all.height() - 2)
+            : subControl == SC_ComboBoxArrow ? QRect(all.left() + field, all.top(), kArrowWidth, all.height())
+                                             : all);
+    }
     const auto *bar = control == CC_ScrollBar ? qstyleoption_cast<const QStyleOptionSlider *>(option) : nullptr;
     if (!bar) {
         return QProxyStyle::subControlRect(control, option, subControl, widget);
@@ -398,6 +423,11 @@ void TarnwellStyle::drawComplexControl(ComplexControl control, const QStyleOptio
             drawScrollBar(*bar, *painter, widget);
             return;
         }
+    }
+    if (control == CC_ComboBox) {
+        drawField(*option, *painter, widget);
+        drawArrow(*option, *painter, subControlRect(CC_ComboBox, option, SC_ComboBoxArrow, widget));
+        return;
     }
     QProxyStyle::drawComplexControl(control, option, painter, widget);
 }

@@ -50,6 +50,7 @@ private:
     void drawButton(const QStyleOption &option, QPainter &painter, const QWidget *widget) const;
     void drawButtonLabel(const class QStyleOptionButton &option, QPainter &painter, const QWidget *widget) const;
     void drawField(const QStyleOption &option, QPainter &painter, const QWidget *widget) const;
+    void drawArrow(const QStyleOption &option, QPainter &painter, const QRect &rect) const;
     void drawCheckBox(const QStyleOption &option, QPainter &painter) const;
     void drawScrollBar(const class QStyleOptionSlider &option, QPainter &painter, const QWidget *widget) const;
 

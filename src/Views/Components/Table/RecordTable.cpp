@@ -506,9 +506,11 @@ void RecordTable::ask(const RowQuestion &question, bool isDestructive, const std
                         this);
     m_question = dialog;
     updateHeld();
-    connect(dialog, &AlertDialog::answered, &m_model, [run](qsizetype button) {
+    connect(dialog, &AlertDialog::answered, &m_model, [run, cancelled = question.cancelled](qsizetype button) {
         if (button == 1) {
             run();
+        } else if (cancelled) {
+            cancelled();
         }
     });
     connect(dialog, &QDialog::finished, this, [this] {

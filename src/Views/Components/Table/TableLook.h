@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <Qt>
+#include <functional>
 #include <optional>
 
 /// How the cells of a column look.
@@ -54,7 +55,8 @@ struct ActionLook {
 struct RowQuestion {
     QString title{};
     QString text{};
-    QString confirm{}; ///< the words of the button that runs the action
-    QString detail{};  ///< shown monospaced below the text, for instance a whole command
-    QString cancel{};  ///< empty: "Cancel"
+    QString confirm{};                 ///< the words of the button that runs the action
+    QString detail{};                  ///< shown monospaced below the text, for instance a whole command
+    QString cancel{};                  ///< empty: "Cancel"
+    std::function<void()> cancelled{}; ///< runs instead of the action
 };
