@@ -156,7 +156,9 @@ RecordAction<ProcessInfo> ProcessesViewModel::signalAction(std::optional<Process
             .isEnabled = [](const ProcessInfo &process) { return process.pidInt() > 0; },
             .question = [this, signal, label](const ProcessInfo &process) -> std::optional<RowQuestion> {
                 askToKill(process, signal);
-                return killQuestion(process, signal, label);
+                RowQuestion question = killQuestion(process, signal, label);
+                question.cancelled = [this] { cancelKill(); };
+                return question;
             },
             .run = [this](const ProcessInfo &process) { killProcess(process); }};
 }

@@ -17,7 +17,7 @@ AddUserViewModel::AddUserViewModel(const MonitoredServer &server, QObject *paren
 
 AddUserViewModel::~AddUserViewModel()
 {
-    clear();
+    clearPasswords();
 }
 
 QStringList AddUserViewModel::availableShells()
@@ -107,11 +107,14 @@ void AddUserViewModel::create()
                                        .enablePasswordlessSudo = enablePasswordlessSudo}),
              this, [this](const std::optional<UserAccounts::UserCreationError> &error) {
                  m_isCreating = false;
+                 if (m_isLeft) {
+                     deleteLater();
+                 }
                  if (error) {
                      fail(error->text);
                      return;
                  }
-                 clear();
+                 clearPasswords();
                  Q_EMIT changed();
                  Q_EMIT created();
              });
@@ -132,7 +135,16 @@ void AddUserViewModel::dismissError()
     }
 }
 
-void AddUserViewModel::clear()
+void AddUserViewModel::leave()
+{
+    clearPasswords();
+    m_isLeft = true;
+    if (!m_isCreating) {
+        deleteLater();
+    }
+}
+
+void AddUserViewModel::clearPasswords()
 {
     wipe(password);
     wipe(confirmPassword);

@@ -14,8 +14,7 @@ public:
     /// `server` outlives the model.
     explicit AddUserViewModel(const MonitoredServer &server, QObject *parent = nullptr);
     ~AddUserViewModel() override;
-    AddUserViewModel(const AddUserViewModel &) = delete;
-    AddUserViewModel &operator=(const AddUserViewModel &) = delete;
+    Q_DISABLE_COPY_MOVE(AddUserViewModel)
 
     /// What the form offers; any other path may be typed.
     static QStringList availableShells();
@@ -40,8 +39,8 @@ public:
     /// The answer to it; no goes back to the form.
     void answerSudoersQuestion(bool goesOn);
 
-    /// Overwrites the passwords. For the end of the form.
-    void clear();
+    /// The form is closed: forgets the passwords, and goes away as soon as no account is being made any more.
+    void leave();
 
     // What the form's fields write.
     QString username;
@@ -65,11 +64,13 @@ Q_SIGNALS:
 
 private:
     QString complaint() const;
+    void clearPasswords();
     void fail(const QString &message);
     void create();
 
     MonitoredServer m_server;
     bool m_isCreating = false;
+    bool m_isLeft = false;
     bool m_showingError = false;
     QString m_errorMessage;
     bool m_showingSudoersQuestion = false;

@@ -2,6 +2,7 @@
 
 #include "Models/ServerStore.h"
 #include "Services/Users/UserAccounts.h"
+#include "Views/Users/AddUserViewModel.h"
 
 using namespace Qt::StringLiterals;
 
@@ -26,31 +27,31 @@ RecordTableDeclaration<UserInfo> UsersViewModel::declaration()
         .identity = &UserInfo::username,
         .rowIdentifier = [](const UserInfo &user) { return u"deleteUser_"_s + user.username; },
         .columns = {Column{
-                        .title = tr("User"), .text = &UserInfo::username, .style = CellStyle::Emphasis, .width = 150},
+                        .title = tr("User"), .text = &UserInfo::username, .style = CellStyle::Emphasis, .width = 145},
                     Column{.title = tr("UID"),
                            .text = &UserInfo::uid,
                            .sortKey = &UserInfo::uidInt,
                            .align = CellAlign::Right,
-                           .width = 80},
+                           .width = 70},
                     Column{.title = tr("GID"),
                            .text = &UserInfo::gid,
                            .sortKey = &UserInfo::gidInt,
                            .align = CellAlign::Right,
-                           .width = 80},
-                    Column{.title = tr("Full Name"), .text = &UserInfo::fullName, .width = 180, .stretches = true},
+                           .width = 70},
+                    Column{.title = tr("Full Name"), .text = &UserInfo::fullName, .width = 150, .stretches = true},
                     Column{.title = tr("Home Directory"),
                            .text = &UserInfo::homeDirectory,
                            .style = CellStyle::Mono,
                            .elide = Qt::ElideMiddle,
-                           .width = 200},
+                           .width = 165},
                     Column{.title = tr("Shell"),
                            .text = &UserInfo::shell,
                            .style = CellStyle::Mono,
                            .elide = Qt::ElideMiddle,
-                           .width = 160,
+                           .width = 165,
                            .tone = toneOfShell}},
         .actions = {{.label = tr("Delete User"),
-                     .icon = IconName::Close,
+                     .icon = IconName::Delete,
                      .isDestructive = true,
                      .isButton = true,
                      .isOffered = [this](const UserInfo &user) { return canBeDeleted(user); },
@@ -66,6 +67,13 @@ RecordTableDeclaration<UserInfo> UsersViewModel::declaration()
                      .run = [this](const UserInfo &user) { deleteUser(user); }}},
         .sortColumn = 1,
     };
+}
+
+AddUserViewModel *UsersViewModel::addUserForm()
+{
+    auto *form = new AddUserViewModel(monitored(), this);
+    connect(form, &QObject::destroyed, this, &UsersViewModel::refreshUsers);
+    return form;
 }
 
 bool UsersViewModel::canBeDeleted(const UserInfo &user) const

@@ -4,6 +4,7 @@
 #include "Views/Components/Table/RecordTableModel.h"
 #include "Views/Components/TableSectionViewModel.h"
 
+class AddUserViewModel;
 struct CommandResult;
 
 /// The accounts of one server.
@@ -22,6 +23,10 @@ public:
     QList<UserInfo> filteredUsers() const { return m_table.shownRecords(); }
 
     const UserInfo *selectedUser() const { return m_table.selected(); }
+
+    /// A form for another account, which ends with leave(); an account that is being made then is made to its end.
+    /// After it the list is read again.
+    AddUserViewModel *addUserForm();
 
     /// Neither of the system nor the account of the connection.
     bool canBeDeleted(const UserInfo &user) const;
