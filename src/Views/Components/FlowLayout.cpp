@@ -42,6 +42,18 @@ QSize FlowLayout::minimumSize() const
     return size;
 }
 
+QSize FlowLayout::sizeHint() const
+{
+    QSize size(-spacing(), 0);
+    for (const QLayoutItem *item : m_items) {
+        if (!item->isEmpty()) {
+            size = {size.width() + spacing() + item->sizeHint().width(),
+                    std::max(size.height(), item->sizeHint().height())};
+        }
+    }
+    return size.expandedTo({0, 0});
+}
+
 void FlowLayout::setGeometry(const QRect &rect)
 {
     QLayout::setGeometry(rect);

@@ -29,7 +29,7 @@ public:
 
     int heightForWidth(int width) const override { return arrange(QRect(0, 0, width, 0), false); }
 
-    QSize sizeHint() const override { return minimumSize(); }
+    QSize sizeHint() const override; ///< of all in one line
 
     QSize minimumSize() const override;
     void setGeometry(const QRect &rect) override;

@@ -6,6 +6,7 @@
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace
 {
@@ -49,14 +50,19 @@ FormRow::FormRow(const Theme &theme, const QString &label, QWidget *field, QWidg
     auto *name = new TextLabel(theme, TextStyle::Detail, label, TextLabel::Shade::Dim, this);
     name->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     name->setFixedWidth(kLabelWidth);
-    name->setMinimumHeight(field->sizeHint().height()); // in line with the field, whatever stands below it
+    // In line with the field, whatever stands below it.
+    name->setMinimumHeight(std::min(field->sizeHint().height(), Metrics::kControlHeight));
     name->setBuddy(field);
     if (field->accessibleName().isEmpty()) {
         field->setAccessibleName(label.endsWith(u':') ? label.chopped(1) : label);
     }
 
     m_line->setSpacing(8);
-    m_line->addWidget(field, field->sizePolicy().horizontalPolicy() == QSizePolicy::Expanding ? 1 : 0);
+    const bool isWide = field->sizePolicy().expandingDirections() & Qt::Horizontal;
+    m_line->addWidget(field, isWide ? 1 : 0);
+    if (!isWide) {
+        m_line->addStretch(1);
+    }
     m_column->setSpacing(3);
     m_column->addLayout(m_line);
     for (TextLabel *words : {m_hint, static_cast<TextLabel *>(m_error)}) {
@@ -72,14 +78,9 @@ FormRow::FormRow(const Theme &theme, const QString &label, QWidget *field, QWidg
     line->addLayout(m_column, 1);
 }
 
-void FormRow::addWidget(QWidget *widget, int stretch)
+void FormRow::addWidget(QWidget *widget)
 {
-    m_line->addWidget(widget, stretch);
-}
-
-void FormRow::addBelow(QWidget *widget)
-{
-    m_column->insertWidget(1, widget);
+    m_line->addWidget(widget);
 }
 
 void FormRow::setHint(const QString &hint)

@@ -18,10 +18,7 @@ public:
     FormRow(const Theme &theme, const QString &label, QWidget *field, QWidget *parent = nullptr);
 
     /// A widget beside the field.
-    void addWidget(QWidget *widget, int stretch = 0);
-
-    /// A widget below the field.
-    void addBelow(QWidget *widget);
+    void addWidget(QWidget *widget);
 
     void setHint(const QString &hint);
 

@@ -39,7 +39,20 @@ ServerListModel::ServerListModel(ServerStore &store, QObject *parent)
 QList<int> ServerListModel::filteredServers()
 {
     QList<int> rows;
+    rows.reserve(m_store.servers().size());
     for (int row = 0; row < m_store.servers().size(); ++row) {
+        if (m_search.matches(row, m_store.servers().at(row))) {
+            rows.append(row);
+        }
+    }
+    return rows;
+}
+
+QList<int> ServerListModel::filteredAmongShown()
+{
+    QList<int> rows;
+    rows.reserve(m_rows.size());
+    for (const int row : std::as_const(m_rows)) {
         if (m_search.matches(row, m_store.servers().at(row))) {
             rows.append(row);
         }
@@ -52,8 +65,8 @@ void ServerListModel::setSearchText(const QString &text)
     if (text == m_search.text()) {
         return;
     }
-    m_search.setText(text);
-    QList<int> rows = filteredServers();
+    const bool narrows = m_search.setText(text);
+    QList<int> rows = narrows ? filteredAmongShown() : filteredServers();
     if (rows != m_rows) {
         beginResetModel();
         m_rows = std::move(rows);

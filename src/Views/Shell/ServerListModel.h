@@ -46,6 +46,7 @@ private:
     const Server *serverAt(int row) const;
     State stateOf(const Server &server) const;
     QList<int> filteredServers();
+    QList<int> filteredAmongShown();
     qsizetype positionOf(qsizetype storeRow) const;
     void rowsCame(qsizetype first, qsizetype count);
     void rowWent(qsizetype storeRow);

@@ -93,11 +93,11 @@ ServerListView::ServerListView(const Theme &theme, const AddEditServerViewModel:
     });
     ServerStore &store = services.store;
     connect(&store, &ServerStore::selectedServerChanged, this, &ServerListView::followSelection);
-    connect(&store, &ServerStore::serversAdded, this, &ServerListView::showState);
-    connect(&store, &ServerStore::serverUpdated, this, &ServerListView::showState);
-    connect(&store, &ServerStore::serverRemoved, this, &ServerListView::showState);
+    connect(&store, &ServerStore::serversAdded, this, &ServerListView::storeChanged);
+    connect(&store, &ServerStore::serverUpdated, this, &ServerListView::storeChanged);
+    connect(&store, &ServerStore::serverRemoved, this, &ServerListView::storeChanged);
     connect(&store, &ServerStore::importErrorChanged, this, &ServerListView::showImportError);
-    showState();
+    storeChanged();
 }
 
 void ServerListView::layOut(const Theme &theme)
@@ -352,11 +352,9 @@ void ServerListView::showState()
 {
     const QList<Server> &servers = m_store.servers();
     const QString text = m_search->text();
-    const auto connected = std::ranges::count_if(servers, &Server::isConnected);
     m_total->setText(!text.isEmpty()       ? tr("%L1 of %L2 servers").arg(m_model->rowCount()).arg(servers.size())
                      : servers.size() == 1 ? tr("1 server")
                                            : tr("%L1 servers").arg(servers.size()));
-    m_connected->setText(tr("%L1 connected").arg(connected));
     if (m_model->rowCount() > 0) {
         m_pages->setCurrentWidget(m_list);
         return;
@@ -367,6 +365,13 @@ void ServerListView::showState()
         m_message->setMessage(tr("No Results"), tr("No servers match '%1'").arg(quoted(text)), tr("Clear Search"));
     }
     m_pages->setCurrentWidget(m_message);
+}
+
+void ServerListView::storeChanged()
+{
+    const auto connected = std::ranges::count_if(m_store.servers(), &Server::isConnected);
+    m_connected->setText(tr("%L1 connected").arg(connected));
+    showState();
 }
 
 QString ServerListView::footer() const

@@ -76,6 +76,7 @@ private:
     void followSelection();
     void dropPendingSelection();
     void showState();
+    void storeChanged();
     void showImportError();
 
     const Theme &m_theme;

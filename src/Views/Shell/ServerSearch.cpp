@@ -3,11 +3,14 @@
 #include "Models/Server.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
 
+// Nobody types these. A label is kKey, the key, kEnd, the value and kEnd.
 constexpr QChar kEnd(u'\0');
+constexpr QChar kKey(u'\1');
 
 bool isAscii(const QString &text)
 {
@@ -22,41 +25,44 @@ ServerSearch::ServerSearch(const QLocale &locale)
 {
 }
 
-QString ServerSearch::folded(const QString &text) const
+QString ServerSearch::folded(QString text) const
 {
     if (m_hasPlainAscii && isAscii(text)) {
-        return text.toLower();
+        return std::move(text).toLower();
     }
     // By way of the upper case, which also makes two letters of those that stand for two.
     const QString upper = m_locale.toUpper(text.normalized(QString::NormalizationForm_C));
     return m_locale.toLower(upper).toCaseFolded();
 }
 
-void ServerSearch::setText(const QString &text)
+bool ServerSearch::setText(const QString &text)
 {
+    // A match of a longer text, as a whole or as key and value, is one of each text that it begins with.
+    const QString before = std::exchange(m_whole, folded(text));
+    const bool narrows = m_whole.startsWith(before);
     m_text = text;
-    m_whole = folded(text);
     const qsizetype colon = text.indexOf(u':');
-    m_isPair = colon >= 0;
-    m_key = m_isPair ? folded(text.left(colon)) : QString();
-    m_value = m_isPair ? folded(text.mid(colon + 1)) : QString();
+    m_key = colon < 0 ? QString() : kKey + folded(text.left(colon)) + kEnd;
+    m_value = colon < 0 ? QString() : folded(text.mid(colon + 1));
+    return narrows;
 }
 
-const ServerSearch::Words &ServerSearch::wordsOf(qsizetype row, const Server &server)
+const QString &ServerSearch::lineOf(qsizetype row, const Server &server)
 {
-    if (m_words.size() <= row) {
-        m_words.resize(row + 1);
+    if (m_lines.size() <= row) {
+        m_lines.resize(row + 1);
     }
-    Words &words = m_words[row];
-    if (!words.isKnown) {
-        words.isKnown = true;
-        words.line = folded(server.name + kEnd + server.host + kEnd + server.username + kEnd);
+    QString &line = m_lines[row];
+    if (line.isNull()) {
+        QString texts;
+        texts.reserve(128);
+        texts.append(server.name).append(kEnd).append(server.host).append(kEnd).append(server.username).append(kEnd);
         for (const auto &[key, value] : server.labels.asKeyValueRange()) {
-            words.labels << folded(key) << folded(value);
-            words.line += words.labels.at(words.labels.size() - 2) + kEnd + words.labels.constLast() + kEnd;
+            texts.append(kKey).append(key).append(kEnd).append(value).append(kEnd);
         }
+        line = folded(std::move(texts));
     }
-    return words;
+    return line;
 }
 
 bool ServerSearch::matches(qsizetype row, const Server &server)
@@ -64,12 +70,14 @@ bool ServerSearch::matches(qsizetype row, const Server &server)
     if (!isActive()) {
         return true;
     }
-    const Words &words = wordsOf(row, server);
-    if (words.line.contains(m_whole)) {
+    const QString &line = lineOf(row, server);
+    if (line.contains(m_whole)) {
         return true;
     }
-    for (qsizetype i = 0; m_isPair && i + 1 < words.labels.size(); i += 2) {
-        if (words.labels.at(i) == m_key && words.labels.at(i + 1).contains(m_value)) {
+    // Keys that differ in case only are several.
+    for (qsizetype at = m_key.isEmpty() ? -1 : line.indexOf(m_key); at >= 0; at = line.indexOf(m_key, at + 1)) {
+        const qsizetype begin = at + m_key.size();
+        if (QStringView(line).sliced(begin, line.indexOf(kEnd, begin) - begin).contains(m_value)) {
             return true;
         }
     }
@@ -78,21 +86,21 @@ bool ServerSearch::matches(qsizetype row, const Server &server)
 
 void ServerSearch::rowsInserted(qsizetype first, qsizetype count)
 {
-    if (first < m_words.size()) {
-        m_words.insert(first, count, {});
+    if (first < m_lines.size()) {
+        m_lines.insert(first, count, {});
     }
 }
 
 void ServerSearch::rowRemoved(qsizetype row)
 {
-    if (row < m_words.size()) {
-        m_words.removeAt(row);
+    if (row < m_lines.size()) {
+        m_lines.removeAt(row);
     }
 }
 
 void ServerSearch::rowChanged(qsizetype row)
 {
-    if (row < m_words.size()) {
-        m_words[row] = {};
+    if (row < m_lines.size()) {
+        m_lines[row] = QString();
     }
 }

@@ -14,7 +14,8 @@ class ServerSearch
 public:
     explicit ServerSearch(const QLocale &locale = QLocale());
 
-    void setText(const QString &text);
+    /// True if what matches is among what matched before.
+    bool setText(const QString &text);
 
     QString text() const { return m_text; }
 
@@ -28,22 +29,14 @@ public:
     void rowChanged(qsizetype row);
 
 private:
-    // A server's texts without case. The labels begin behind the first three; key and value take turns.
-    struct Words {
-        bool isKnown = false;
-        QString line; // all texts, each ended by a character that nobody types
-        QList<QString> labels;
-    };
-
-    QString folded(const QString &text) const;
-    const Words &wordsOf(qsizetype row, const Server &server);
+    QString folded(QString text) const;
+    const QString &lineOf(qsizetype row, const Server &server);
 
     QLocale m_locale;
     bool m_hasPlainAscii; // whether ASCII letters fold as they do in most languages
     QString m_text;
-    QString m_whole;
-    QString m_key;
+    QString m_whole; // without case, as all that follows
+    QString m_key;   // with the marks around it; empty if no key is asked for
     QString m_value;
-    bool m_isPair = false;
-    QList<Words> m_words;
+    QList<QString> m_lines; // all texts of a row's server with marks between; null for one that is not known yet
 };

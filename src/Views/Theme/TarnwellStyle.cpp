@@ -294,7 +294,9 @@ void TarnwellStyle::drawField(const QStyleOption &option, QPainter &painter, con
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     const bool isReadOnly = option.state.testFlag(State_ReadOnly);
-    painter.setBrush(isReadOnly ? t.soft : t.surface);
+    // A field stands out from what it is on: white on the window, a little darker on a white sheet.
+    const bool isOnSheet = widget && widget->window()->windowType() == Qt::Dialog;
+    painter.setBrush(isReadOnly ? t.soft : isOnSheet ? t.window : t.surface);
     painter.setPen(isWrong ? t.red.color : t.line);
     painter.drawRoundedRect(strokeRect(option.rect), Metrics::kControlRadius, Metrics::kControlRadius);
     painter.restore();
