@@ -4,6 +4,7 @@
 #include "Views/Components/AlertDialog.h"
 #include "Views/Components/NoticeBar.h"
 #include "Views/Components/Panel.h"
+#include "Views/Components/SectionNavigation.h"
 #include "Views/Components/SectionPage.h"
 #include "Views/Components/StatePage.h"
 #include "Views/Dashboard/DashboardView.h"
@@ -54,6 +55,7 @@ ContentView::ContentView(const Theme &theme, const Services &services, QWidget *
     , m_header(new Curtain(m_compactHeader, Qt::Vertical))
     , m_sidebarRail(makeSidebarRail())
 {
+    m_services.navigation = new SectionNavigation(this);
     auto *central = new QWidget(this);
     auto *column = new QVBoxLayout(central);
     column->setContentsMargins(0, 0, 0, 0);
@@ -124,6 +126,7 @@ QWidget *ContentView::makeSidebarRail()
 void ContentView::connectModel()
 {
     connect(m_pages, &SectionPages::pageMade, this, &ContentView::pageMade);
+    connect(m_services.navigation, &SectionNavigation::tabRequested, m_model, &ContentViewModel::setSelectedTab);
     connect(m_model, &ContentViewModel::placeChanged, this, &ContentView::showPlace);
     connect(m_model, &ContentViewModel::isCompactModeChanged, this, [this] { arrange(true); });
     connect(m_model, &ContentViewModel::isSidebarVisibleChanged, this, [this] { arrange(true); });

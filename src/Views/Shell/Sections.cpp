@@ -5,7 +5,13 @@
 #include "Views/Components/SectionPage.h"
 #include "Views/Dashboard/DashboardView.h"
 #include "Views/Dashboard/DashboardViewModel.h"
+#include "Views/Ports/PortsView.h"
+#include "Views/Ports/PortsViewModel.h"
+#include "Views/Processes/ProcessesView.h"
+#include "Views/Processes/ProcessesViewModel.h"
 #include "Views/Terminal/TerminalView.h"
+#include "Views/Users/UsersView.h"
+#include "Views/Users/UsersViewModel.h"
 
 #include <QCoreApplication>
 #include <QKeySequence>
@@ -42,16 +48,46 @@ SectionPage *makeTerminal(const Theme &theme, const SectionServices &services, c
                               : nullptr;
 }
 
+// The model goes behind the view, whose widgets look at it to the last.
+template<class View, class Model>
+SectionPage *viewOf(Model *model, const Theme &theme, QWidget *parent)
+{
+    auto *view = new View(theme, *model, parent);
+    model->setParent(view);
+    return view;
+}
+
+MonitoredServer monitored(const SectionServices &services, const Server &server)
+{
+    return {services.manager, services.store, services.clock, server.id};
+}
+
+SectionPage *makeProcesses(const Theme &theme, const SectionServices &services, const Server &server, QWidget *parent)
+{
+    return viewOf<ProcessesView>(new ProcessesViewModel(monitored(services, server), *services.navigation), theme,
+                                 parent);
+}
+
+SectionPage *makePorts(const Theme &theme, const SectionServices &services, const Server &server, QWidget *parent)
+{
+    return viewOf<PortsView>(new PortsViewModel(monitored(services, server), *services.navigation), theme, parent);
+}
+
+SectionPage *makeUsers(const Theme &theme, const SectionServices &services, const Server &server, QWidget *parent)
+{
+    return viewOf<UsersView>(new UsersViewModel(monitored(services, server)), theme, parent);
+}
+
 constexpr auto kTitleOnly = nullptr;
 
 constexpr std::array<Section, kMainTabCount> kSections{{
     {MainTab::Dashboard, QT_TRANSLATE_NOOP("MainTab", "Dashboard"), IconName::House, &makeDashboard},
     {MainTab::Terminal, QT_TRANSLATE_NOOP("MainTab", "Terminal"), IconName::Terminal, &makeTerminal},
-    {MainTab::Processes, QT_TRANSLATE_NOOP("MainTab", "Processes"), IconName::BarChart, kTitleOnly},
+    {MainTab::Processes, QT_TRANSLATE_NOOP("MainTab", "Processes"), IconName::BarChart, &makeProcesses},
     {MainTab::Services, QT_TRANSLATE_NOOP("MainTab", "Services"), IconName::Gear, kTitleOnly},
     {MainTab::Docker, QT_TRANSLATE_NOOP("MainTab", "Containers"), IconName::Box, kTitleOnly},
-    {MainTab::Ports, QT_TRANSLATE_NOOP("MainTab", "Ports"), IconName::Globe, kTitleOnly},
-    {MainTab::Users, QT_TRANSLATE_NOOP("MainTab", "Users"), IconName::People, kTitleOnly},
+    {MainTab::Ports, QT_TRANSLATE_NOOP("MainTab", "Ports"), IconName::Globe, &makePorts},
+    {MainTab::Users, QT_TRANSLATE_NOOP("MainTab", "Users"), IconName::People, &makeUsers},
     {MainTab::Packages, QT_TRANSLATE_NOOP("MainTab", "Packages"), IconName::Parcel, kTitleOnly},
     {MainTab::Files, QT_TRANSLATE_NOOP("MainTab", "Files"), IconName::Folder, kTitleOnly},
     {MainTab::Cron, QT_TRANSLATE_NOOP("MainTab", "Cron"), IconName::Clock, kTitleOnly},

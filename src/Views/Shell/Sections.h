@@ -8,6 +8,7 @@ class Clock;
 class CommandSSHManager;
 class GlobalTerminalSessionManager;
 class QWidget;
+class SectionNavigation;
 class SectionPage;
 class ServerStore;
 class Theme;
@@ -18,6 +19,7 @@ struct SectionServices {
     CommandSSHManager &manager;
     const Clock &clock;
     GlobalTerminalSessionManager *terminals = nullptr; ///< without it the terminal section has only its title
+    SectionNavigation *navigation = nullptr;           ///< the window's own
 };
 
 /// A section as the window knows it.
