@@ -135,10 +135,21 @@ void ContentView::connectModel()
     if (m_services.terminals) {
         connect(m_model, &ContentViewModel::terminalFocusRequested, m_services.terminals,
                 &GlobalTerminalSessionManager::focusTerminal);
+        connect(m_services.terminals, &GlobalTerminalSessionManager::newsChanged, this,
+                &ContentView::followTerminalNews);
+        connect(m_model, &ContentViewModel::placeChanged, this, &ContentView::followTerminalNews);
     }
     connect(m_model, &ContentViewModel::searchFocusTriggerChanged, this, &ContentView::focusSearch);
     connect(&m_services.store, &ServerStore::serversAdded, this, &ContentView::showWithoutServer);
     connect(&m_services.store, &ServerStore::serverRemoved, this, &ContentView::showWithoutServer);
+}
+
+void ContentView::followTerminalNews()
+{
+    const auto &server = m_services.store.selectedServer();
+    const TerminalNews news = server ? m_services.terminals->news(server->id) : TerminalNews::None;
+    const SectionMark heard = news == TerminalNews::Bell ? SectionMark::Attention : SectionMark::News;
+    m_model->setMark(MainTab::Terminal, news == TerminalNews::None ? SectionMark::None : heard);
 }
 
 DashboardView *ContentView::dashboard() const

@@ -77,6 +77,7 @@ private:
     void followAddServer(bool isShowing);
     void disconnectServer();
     void focusSearch();
+    void followTerminalNews();
 
     const Theme &m_theme;
     Services m_services;

@@ -56,6 +56,13 @@ void ContentViewModel::chooseTab(MainTab tab)
     }
 }
 
+void ContentViewModel::setMark(MainTab tab, SectionMark mark)
+{
+    if (std::exchange(m_marks[tab], mark) != mark) {
+        Q_EMIT markChanged(tab);
+    }
+}
+
 // Runs the change handlers for what is different since they ran the last time.
 void ContentViewModel::settle()
 {

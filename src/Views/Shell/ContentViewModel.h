@@ -3,6 +3,7 @@
 #include "Models/MainTab.h"
 #include "Models/NavigationHistory.h"
 
+#include <QHash>
 #include <QObject>
 #include <QSet>
 #include <QUuid>
@@ -10,6 +11,9 @@
 class CommandSSHManager;
 class ServerStore;
 class TerminalSessions;
+
+/// What happened in a section while it was not on show.
+enum class SectionMark { None, News, Attention };
 
 /// What ties the window together: which section of which server is on show, the way back and forward, and the
 /// disconnect. The selected server itself is the store's.
@@ -36,6 +40,11 @@ public:
 
     /// The same for a click on an entry of the section list, after which a terminal takes the keyboard once more.
     void chooseTab(MainTab tab);
+
+    /// Of the selected server's sections.
+    SectionMark mark(MainTab tab) const { return m_marks.value(tab); }
+
+    void setMark(MainTab tab, SectionMark mark);
 
     /// From a step back or forward until the end of that turn of the event loop: nothing is recorded meanwhile.
     bool isNavigatingFromHistory() const { return m_isNavigatingFromHistory; }
@@ -89,6 +98,7 @@ public:
 Q_SIGNALS:
     /// Another server or another section is on show.
     void placeChanged();
+    void markChanged(MainTab tab);
     void isSidebarVisibleChanged();
     void isCompactModeChanged();
     void searchFocusTriggerChanged();
@@ -123,4 +133,5 @@ private:
     bool m_showingAddServer = false;
     int m_searchFocusTrigger = 0;
     QSet<QUuid> m_terminalVisitedServers;
+    QHash<MainTab, SectionMark> m_marks;
 };

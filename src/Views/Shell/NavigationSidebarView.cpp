@@ -1,5 +1,6 @@
 #include "Views/Shell/NavigationSidebarView.h"
 
+#include "Views/Components/Pill.h"
 #include "Views/Shell/ContentViewModel.h"
 #include "Views/Shell/HistoryButtons.h"
 #include "Views/Shell/Sections.h"
@@ -21,6 +22,20 @@ constexpr int kRestMs = 200;
 constexpr QMargins kOuter(8, 0, 8, 1);
 constexpr int kRowHeight = 30;
 constexpr int kPadding = 9;
+constexpr int kMarkRole = Qt::UserRole;
+
+QString described(SectionMark mark)
+{
+    switch (mark) {
+    case SectionMark::News:
+        return NavigationSidebarView::tr("New output");
+    case SectionMark::Attention:
+        return NavigationSidebarView::tr("Asks for attention");
+    case SectionMark::None:
+        break;
+    }
+    return {};
+}
 
 MainTab tabOf(const QModelIndex &index)
 {
@@ -30,7 +45,15 @@ MainTab tabOf(const QModelIndex &index)
 class SectionListModel : public QAbstractListModel
 {
 public:
-    using QAbstractListModel::QAbstractListModel;
+    SectionListModel(const ContentViewModel &model, QObject *parent)
+        : QAbstractListModel(parent)
+        , m_model(model)
+    {
+        connect(&model, &ContentViewModel::markChanged, this, [this](MainTab tab) {
+            const QModelIndex changed = index(static_cast<int>(tab), 0);
+            Q_EMIT dataChanged(changed, changed);
+        });
+    }
 
     int rowCount(const QModelIndex &parent) const override { return parent.isValid() ? 0 : kMainTabCount; }
 
@@ -42,11 +65,18 @@ public:
         case Qt::ToolTipRole:
             return Sections::toolTip(tabOf(index));
         case Qt::AccessibleDescriptionRole:
-            return Sections::shortcutText(tabOf(index));
+            return QStringList{Sections::shortcutText(tabOf(index)), described(m_model.mark(tabOf(index)))}
+                .join(u' ')
+                .trimmed();
+        case kMarkRole:
+            return static_cast<int>(m_model.mark(tabOf(index)));
         default:
             return {};
         }
     }
+
+private:
+    const ContentViewModel &m_model;
 };
 
 class SectionRowDelegate : public QStyledItemDelegate
@@ -79,6 +109,10 @@ public:
         painter->drawPixmap(inside.left(), inside.center().y() - Metrics::kIconSize / 2 + 1,
                             Icons::pixmap(Sections::of(tabOf(index)).icon, color, Metrics::kIconSize,
                                           painter->device()->devicePixelRatioF()));
+        if (const auto mark = static_cast<SectionMark>(index.data(kMarkRole).toInt()); mark != SectionMark::None) {
+            StateDot::paint(*painter, QPointF(inside.left() + Metrics::kIconSize, ground.center().y() - 6),
+                            mark == SectionMark::Attention ? t.orange.color : t.accent.color);
+        }
         inside.adjust(Metrics::kIconSize + kPadding, 0, 0, 0);
         const QString title = Sections::title(tabOf(index));
         const QFont &font = isSelected ? m_selectedFont : m_font;
@@ -131,7 +165,7 @@ NavigationSidebarView::NavigationSidebarView(const Theme &theme, ContentViewMode
     , m_historyButtons(new HistoryButtons(theme, model, this))
     , m_list(new QListView(this))
 {
-    m_list->setModel(new SectionListModel(m_list));
+    m_list->setModel(new SectionListModel(model, m_list));
     m_list->setItemDelegate(new SectionRowDelegate(theme, m_list));
     m_list->setAccessibleName(tr("Sections"));
     m_list->setFrameShape(QFrame::NoFrame);
