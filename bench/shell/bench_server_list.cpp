@@ -5,13 +5,13 @@
 #include "rig/TestTransport.h"
 
 #include "Models/ServerStore.h"
+#include "Views/Components/SearchField.h"
 #include "Views/Shell/ServerListModel.h"
 #include "Views/Shell/ServerListView.h"
 #include "Views/Theme/Theme.h"
 
 #include <QApplication>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QListView>
 
 #include <ctime>

@@ -4,6 +4,7 @@
 #include "Views/Components/AlertDialog.h"
 #include "Views/Components/Labels.h"
 #include "Views/Components/PlainText.h"
+#include "Views/Components/SearchField.h"
 #include "Views/Shell/AddEditServerView.h"
 #include "Views/Shell/ListMessage.h"
 #include "Views/Shell/ServerListModel.h"
@@ -13,7 +14,6 @@
 #include <QAction>
 #include <QContextMenuEvent>
 #include <QHBoxLayout>
-#include <QLineEdit>
 #include <QListView>
 #include <QMenu>
 #include <QPushButton>
@@ -31,11 +31,6 @@ constexpr int kRestMs = 200;
 constexpr int kMargin = 12;
 constexpr qsizetype kLongestQuotedText = 120;
 
-const QColor &dimColor(const Theme &theme)
-{
-    return theme.tokens().dim;
-}
-
 QString quoted(const QString &text)
 {
     const QString line = PlainText::oneLine(text);
@@ -50,7 +45,7 @@ ServerListView::ServerListView(const Theme &theme, const AddEditServerViewModel:
     , m_services(services)
     , m_store(services.store)
     , m_model(new ServerListModel(services.store, this))
-    , m_search(new QLineEdit(this))
+    , m_search(new SearchField(theme, tr("Search servers, labels (key:value)..."), this))
     , m_add(new QPushButton(Icons::icon(IconName::Add, theme), {}, this))
     , m_list(new QListView(this))
     , m_delegate(new ServerRowDelegate(theme, m_list))
@@ -59,11 +54,7 @@ ServerListView::ServerListView(const Theme &theme, const AddEditServerViewModel:
     , m_total(new TextLabel(theme, TextStyle::Small, {}, TextLabel::Shade::Dim, this))
     , m_connected(new TextLabel(theme, TextStyle::Small, {}, TextLabel::Shade::Dim, this))
 {
-    m_search->setPlaceholderText(tr("Search servers, labels (key:value)..."));
-    m_search->setAccessibleName(tr("Search servers"));
     m_search->setToolTip(tr("Search servers, labels (key:value)..."));
-    m_search->setClearButtonEnabled(true);
-    m_search->addAction(Icons::icon(IconName::Search, theme, dimColor), QLineEdit::LeadingPosition);
     m_search->installEventFilter(this);
 
     m_add->setToolTip(tr("Add server"));
@@ -85,8 +76,8 @@ ServerListView::ServerListView(const Theme &theme, const AddEditServerViewModel:
 
     layOut(theme);
     connectList();
-    connect(m_search, &QLineEdit::textChanged, m_model, &ServerListModel::setSearchText);
-    connect(m_search, &QLineEdit::textChanged, this, &ServerListView::showState);
+    connect(m_search, &SearchField::textChanged, m_model, &ServerListModel::setSearchText);
+    connect(m_search, &SearchField::textChanged, this, &ServerListView::showState);
     connect(&m_message->button(), &QPushButton::clicked, m_search, [this] {
         m_search->clear();
         m_search->setFocus();
@@ -181,12 +172,6 @@ bool ServerListView::searchKey(int key)
                 selectCurrent();
             }
         }
-        return true;
-    case Qt::Key_Escape:
-        if (m_search->text().isEmpty()) {
-            return false;
-        }
-        m_search->clear();
         return true;
     default:
         return false;

@@ -10,13 +10,13 @@
 class AddEditServerView;
 class AlertDialog;
 class ListMessage;
-class QLineEdit;
 class QListView;
 class QMenu;
 class QModelIndex;
 class QPushButton;
 class QStackedLayout;
 class QUuid;
+class SearchField;
 class ServerListModel;
 class ServerRowDelegate;
 class ServerStore;
@@ -36,7 +36,7 @@ public:
 
     ServerListModel &model() const { return *m_model; }
 
-    QLineEdit &searchField() const { return *m_search; }
+    SearchField &searchField() const { return *m_search; }
 
     QString footer() const;
 
@@ -83,7 +83,7 @@ private:
     AddEditServerViewModel::Services m_services;
     ServerStore &m_store;
     ServerListModel *m_model;
-    QLineEdit *m_search;
+    SearchField *m_search;
     QPushButton *m_add;
     QListView *m_list;
     ServerRowDelegate *m_delegate;

@@ -1,3 +1,4 @@
+#include "Views/AccessibilityWalk.h"
 #include "Views/Components/AlertDialog.h"
 #include "Views/Components/FormRow.h"
 #include "Views/Components/InlineNotice.h"
@@ -72,6 +73,7 @@ private Q_SLOTS:
     void locksTheFormWhileSudoIsChecked();
     void closedInTheMiddle();
     void choosesAKey();
+    void everythingHasAName();
     void secretsAreShownToNobody();
 
 private:
@@ -437,6 +439,17 @@ void TestAddEditServerView::choosesAKey()
     Q_EMIT chooser->fileSelected(key.fileName());
     QCOMPARE(field(sheet, u"Private Key"_s).text(), key.fileName());
     chooser->close();
+}
+
+void TestAddEditServerView::everythingHasAName()
+{
+    AddEditServerView &sheet = open(addServer(AuthMethod::Password));
+    sheet.findChild<LabelEditor *>()->startAdding();
+    for (int choice = 0; choice < 3; ++choice) {
+        sheet.findChildren<SegmentedControl *>().constFirst()->setCurrent(choice);
+        QVERIFY(AccessibilityWalk::controls(sheet) > 15);
+        QCOMPARE(AccessibilityWalk::faults(sheet), QStringList());
+    }
 }
 
 void TestAddEditServerView::secretsAreShownToNobody()

@@ -1,5 +1,6 @@
 #include "Views/AccessibilityWalk.h"
 #include "Views/Components/AlertDialog.h"
+#include "Views/Components/SearchField.h"
 #include "Views/Components/SectionPage.h"
 #include "Views/Components/StatePage.h"
 #include "Views/Dashboard/DashboardViewModel.h"

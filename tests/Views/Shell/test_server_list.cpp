@@ -1,4 +1,5 @@
 #include "Views/Components/AlertDialog.h"
+#include "Views/Components/SearchField.h"
 #include "Views/FakeTransport.h"
 #include "Views/Shell/ListMessage.h"
 #include "Views/Shell/ServerListModel.h"
@@ -8,7 +9,6 @@
 #include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QContextMenuEvent>
-#include <QLineEdit>
 #include <QListView>
 #include <QMenu>
 #include <QPushButton>
