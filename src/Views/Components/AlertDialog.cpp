@@ -9,7 +9,6 @@
 namespace
 {
 
-constexpr int kWidth = 480;
 constexpr int kMargin = 24;
 
 } // namespace
@@ -49,7 +48,7 @@ AlertDialog::AlertDialog(const Theme &theme, const Content &content, QWidget *pa
     column->addLayout(line);
     m_buttons.at(m_safeButton)->setDefault(true);
     m_buttons.at(m_safeButton)->setFocus();
-    setFixedWidth(kWidth);
+    setFixedWidth(kContentWidth + 2 * kMargin);
 }
 
 void AlertDialog::reject()

@@ -27,6 +27,8 @@ public:
         QWidget *extra = nullptr; ///< below the text; the dialog owns it
     };
 
+    static constexpr int kContentWidth = 432; ///< what title, text and more have
+
     AlertDialog(const Theme &theme, const Content &content, QWidget *parent);
 
     QList<QPushButton *> buttons() const { return m_buttons; }

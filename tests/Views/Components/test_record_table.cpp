@@ -9,6 +9,7 @@
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QMenu>
+#include <QPlainTextEdit>
 #include <QPointer>
 #include <QPushButton>
 #include <QScrollBar>
@@ -77,6 +78,7 @@ private:
     std::unique_ptr<RecordTableModel<Item>> m_model;
     std::unique_ptr<RecordTable> m_table;
     QStringList m_done;
+    const QString m_longCommand = u"/usr/bin/java <b>"_s + QString(4000, u'x');
 };
 
 void TestRecordTable::init()
@@ -97,11 +99,12 @@ void TestRecordTable::init()
                       .isDestructive = true,
                       .isButton = true,
                       .isOffered = [](const Item &i) { return i.id != u"1"_s; },
-                      .question = [](const Item &i) -> std::optional<RowQuestion> {
-                          return i.id == u"2"_s
-                                     ? std::optional(RowQuestion{
-                                           .title = u"Kill?"_s, .text = u"Kill "_s + i.path, .confirm = u"Kill"_s})
-                                     : std::nullopt;
+                      .question = [this](const Item &i) -> std::optional<RowQuestion> {
+                          return i.id == u"2"_s ? std::optional(RowQuestion{.title = u"Kill?"_s,
+                                                                            .text = u"Kill "_s + i.path,
+                                                                            .confirm = u"Kill"_s,
+                                                                            .detail = m_longCommand})
+                                                : std::nullopt;
                       },
                       .run = run(u"kill"_s)},
                      {.label = u"Open"_s, .isDefault = true, .run = run(u"open"_s)}};
@@ -319,6 +322,8 @@ void TestRecordTable::questionComesFirst()
         QPointer dialog = m_table->findChild<AlertDialog *>();
         QVERIFY(dialog && m_done.isEmpty() && m_model->isHeld());
         QVERIFY(dialog->buttons().constFirst()->isDefault());
+        QCOMPARE(dialog->findChild<QPlainTextEdit *>()->toPlainText(), m_longCommand);
+        QVERIFY(dialog->height() < 400); // however long the detail is
         QList<Item> next = items(100);
         next[2].path = u"/other"_s;
         load(next);

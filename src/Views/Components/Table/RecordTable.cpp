@@ -1,22 +1,17 @@
 #include "Views/Components/Table/RecordTable.h"
 
-#include "Views/Components/AlertDialog.h"
-#include "Views/Components/Labels.h"
 #include "Views/Components/PlainText.h"
 #include "Views/Components/Table/ColumnWidths.h"
 #include "Views/Components/Table/RecordDelegate.h"
+#include "Views/Components/Table/RowActions.h"
 #include "Views/Components/Table/TableHeader.h"
 #include "Views/Components/Table/TableModel.h"
-#include "Views/Theme/Icons.h"
 #include "Views/Theme/TarnwellStyle.h"
 #include "Views/Theme/Theme.h"
 
-#include <QActionGroup>
-#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QHelpEvent>
-#include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyleHints>
@@ -32,16 +27,6 @@ constexpr double kTurnMs = 900;
 constexpr int kLongestToolTip = 4000;
 constexpr int kRowsBeforeEnd = 3;
 
-const QColor &dimColor(const Theme &theme)
-{
-    return theme.tokens().dim;
-}
-
-const QColor &dangerColor(const Theme &theme)
-{
-    return theme.tokens().red.text;
-}
-
 } // namespace
 
 RecordTable::RecordTable(const Theme &theme, TableModel &model, QWidget *parent)
@@ -50,6 +35,7 @@ RecordTable::RecordTable(const Theme &theme, TableModel &model, QWidget *parent)
     , m_model(model)
     , m_delegate(new RecordDelegate(theme, model, this))
     , m_header(new TableHeader(theme, model, m_delegate->actionsWidth(), this))
+    , m_actions(new RowActions(theme, model, *this))
 {
     // Before the view's own connections to the model: these are to see what was before.
     connect(&model, &TableModel::layoutAboutToBeChanged, this, &RecordTable::beginUpdate);
@@ -79,6 +65,7 @@ RecordTable::RecordTable(const Theme &theme, TableModel &model, QWidget *parent)
     m_isUpdating = false;
     m_header->start();
 
+    connect(m_actions, &RowActions::openChanged, this, &RecordTable::updateHeld);
     m_frames.setInterval(kFrameMs);
     connect(&m_frames, &QTimer::timeout, this, &RecordTable::turnSpinners);
     connect(&model, &TableModel::updated, this, &RecordTable::endUpdate);
@@ -98,9 +85,7 @@ RecordTable::RecordTable(const Theme &theme, TableModel &model, QWidget *parent)
 
 RecordTable::~RecordTable()
 {
-    // While this is still a table; what they tell when they go is for it.
-    delete m_menu;
-    delete m_question;
+    delete m_actions;          // with an open menu or question, while this is still a table
     if (model() == &m_model) { // not where the model went first
         m_model.setHeld(false);
     }
@@ -218,7 +203,7 @@ void RecordTable::followPointer()
 
 void RecordTable::updateHeld()
 {
-    m_model.setHeld(m_delegate->hoveredRow() >= 0 || m_isMenuOpen || m_question);
+    m_model.setHeld(m_delegate->hoveredRow() >= 0 || m_actions->isOpen());
 }
 
 void RecordTable::mouseMoveEvent(QMouseEvent *event)
@@ -243,7 +228,7 @@ void RecordTable::mouseReleaseEvent(QMouseEvent *event)
     const int pressed = std::exchange(m_pressedAction, -1);
     const int row = indexAt(position).row();
     if (pressed >= 0 && row >= 0 && actionAt(position) == pressed && m_model.identityAt(row) == m_pressedIdentity) {
-        perform(row, pressed);
+        m_actions->perform(row, pressed);
     }
 }
 
@@ -255,8 +240,9 @@ void RecordTable::mouseDoubleClickEvent(QMouseEvent *event)
         return;
     }
     QTableView::mouseDoubleClickEvent(event);
-    if (event->button() == Qt::LeftButton && indexAt(position).isValid()) {
-        runDefault(indexAt(position).row());
+    const QModelIndex index = indexAt(position);
+    if (event->button() == Qt::LeftButton && index.isValid() && index.column() < m_model.columns().size()) {
+        m_actions->performDefault(index.row());
     }
 }
 
@@ -326,12 +312,12 @@ QModelIndex RecordTable::moveCursor(CursorAction action, Qt::KeyboardModifiers m
 void RecordTable::keyPressEvent(QKeyEvent *event)
 {
     if (event->matches(QKeySequence::Copy)) {
-        copy();
+        m_actions->copy(selectedRows());
         return;
     }
     const bool isPlain = !(event->modifiers() & ~Qt::KeypadModifier);
     if (isPlain && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && currentIndex().isValid()) {
-        runDefault(currentIndex().row());
+        m_actions->performDefault(currentIndex().row());
         return;
     }
     if (isPlain && event->key() == Qt::Key_Escape && selectionModel()->hasSelection()) {
@@ -365,16 +351,6 @@ void RecordTable::keyboardSearch(const QString &search)
     }
 }
 
-void RecordTable::copy()
-{
-    const QString text = m_model.plainText(selectedRows());
-    if (!text.isEmpty()) {
-        QGuiApplication::clipboard()->setText(text);
-    }
-}
-
-// --- actions -------------------------------------------------------------------------------------------------------
-
 void RecordTable::contextMenuEvent(QContextMenuEvent *event)
 {
     QModelIndex index = indexAt(event->pos());
@@ -389,135 +365,7 @@ void RecordTable::contextMenuEvent(QContextMenuEvent *event)
     if (index.isValid() && !selectionModel()->isRowSelected(index.row())) {
         selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     }
-    showMenu(position);
-}
-
-void RecordTable::showMenu(const QPoint &globalPosition)
-{
-    auto *menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    m_menu = menu;
-    const QList<int> rows = selectedRows();
-    if (rows.size() == 1) { // what an action would do to several rows, it would do to one of them
-        addActions(*menu, rows.constFirst());
-        menu->addSeparator();
-    }
-    QAction *copyAction = menu->addAction(Icons::icon(IconName::Clipboard, m_theme, &dimColor), tr("Copy"));
-    copyAction->setShortcut(QKeySequence::Copy);
-    copyAction->setEnabled(!rows.isEmpty());
-    connect(copyAction, &QAction::triggered, this, &RecordTable::copy);
-    addSortMenu(*menu);
-    m_isMenuOpen = true;
-    connect(menu, &QMenu::aboutToHide, this, [this] {
-        m_isMenuOpen = false;
-        updateHeld();
-    });
-    updateHeld();
-    menu->popup(globalPosition);
-}
-
-void RecordTable::addActions(QMenu &menu, int row)
-{
-    const QString error = m_model.errorAt(row);
-    if (!error.isEmpty()) {
-        QString words = PlainText::oneLine(error).left(120);
-        menu.addAction(Icons::icon(IconName::Warning, m_theme, &dangerColor), words.replace(u'&', "&&"_L1))
-            ->setEnabled(false);
-        menu.addSeparator();
-    }
-    for (int action = 0; action < m_model.actions().size(); ++action) {
-        if (!m_model.isOffered(row, action)) {
-            continue;
-        }
-        const ActionLook &look = m_model.actions().at(action);
-        if (look.startsGroup) {
-            menu.addSeparator();
-        }
-        auto *entry = menu.addAction(look.label);
-        if (look.icon) {
-            entry->setIcon(Icons::icon(*look.icon, m_theme, look.isDestructive ? &dangerColor : &dimColor));
-        }
-        entry->setEnabled(m_model.isEnabled(row, action));
-        connect(entry, &QAction::triggered, this, [this, action, identity = m_model.identityAt(row)] {
-            const int now = m_model.rowOf(identity);
-            if (now >= 0) {
-                perform(now, action);
-            }
-        });
-    }
-}
-
-void RecordTable::addSortMenu(QMenu &menu)
-{
-    auto *sort = menu.addMenu(tr("Sort By"));
-    auto *group = new QActionGroup(sort);
-    for (int column = 0; column < m_model.columns().size(); ++column) {
-        const ColumnLook &look = m_model.columns().at(column);
-        if (look.isSortable) {
-            auto *entry = group->addAction(look.title);
-            entry->setCheckable(true);
-            entry->setChecked(column == m_model.sortColumn());
-            connect(entry, &QAction::triggered, this, [this, column] { m_model.sortBy(column); });
-        }
-    }
-    sort->addActions(group->actions());
-}
-
-void RecordTable::runDefault(int row)
-{
-    for (int action = 0; action < m_model.actions().size(); ++action) {
-        if (m_model.actions().at(action).isDefault && m_model.isOffered(row, action)) {
-            perform(row, action);
-            return;
-        }
-    }
-}
-
-void RecordTable::perform(int row, int action)
-{
-    if (!m_model.isOffered(row, action) || !m_model.isEnabled(row, action)) {
-        return;
-    }
-    const auto run = m_model.prepared(row, action);
-    const std::optional<RowQuestion> question = m_model.question(row, action);
-    if (question) {
-        ask(*question, m_model.actions().at(action).isDestructive, run);
-    } else {
-        run();
-    }
-}
-
-void RecordTable::ask(const RowQuestion &question, bool isDestructive, const std::function<void()> &run)
-{
-    TextLabel *detail = nullptr;
-    if (!question.detail.isEmpty()) {
-        detail = new TextLabel(m_theme, TextStyle::Mono, question.detail.left(1000), TextLabel::Shade::Dim);
-        detail->setWordWrap(true);
-        detail->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    }
-    auto *dialog =
-        new AlertDialog(m_theme,
-                        {.title = question.title,
-                         .text = question.text,
-                         .buttons = {{question.cancel.isEmpty() ? tr("Cancel") : question.cancel},
-                                     {question.confirm, isDestructive ? ButtonKind::Danger : ButtonKind::Primary}},
-                         .safeButton = 0,
-                         .extra = detail},
-                        this);
-    m_question = dialog;
-    updateHeld();
-    connect(dialog, &AlertDialog::answered, &m_model, [run, cancelled = question.cancelled](qsizetype button) {
-        if (button == 1) {
-            run();
-        } else if (cancelled) {
-            cancelled();
-        }
-    });
-    connect(dialog, &QDialog::finished, this, [this] {
-        m_question.clear();
-        updateHeld();
-    });
-    dialog->open();
+    m_actions->popUp(selectedRows(), position);
 }
 
 // --- painting ------------------------------------------------------------------------------------------------------

@@ -1,17 +1,14 @@
 #pragma once
 
 #include <QElapsedTimer>
-#include <QPointer>
 #include <QTableView>
 #include <QTimer>
-#include <functional>
 
-class QMenu;
 class RecordDelegate;
+class RowActions;
 class TableHeader;
 class TableModel;
 class Theme;
-struct RowQuestion;
 
 /// A table of records as its model declares it: columns, row actions as buttons and as menu, sorting by the heads.
 ///
@@ -27,9 +24,6 @@ public:
     /// `model` outlives the table.
     RecordTable(const Theme &theme, TableModel &model, QWidget *parent = nullptr);
     ~RecordTable() override;
-
-    /// Does a row's action, after its question if it has one.
-    void perform(int row, int action);
 
     void keyboardSearch(const QString &search) override;
 
@@ -56,12 +50,6 @@ protected:
 private:
     void beginUpdate();
     void endUpdate();
-    void copy();
-    void showMenu(const QPoint &globalPosition);
-    void addActions(QMenu &menu, int row);
-    void addSortMenu(QMenu &menu);
-    void ask(const RowQuestion &question, bool isDestructive, const std::function<void()> &run);
-    void runDefault(int row);
     void select(int row);
     void setHovered(const QPoint &position);
     void followPointer();
@@ -78,9 +66,7 @@ private:
     TableModel &m_model;
     RecordDelegate *m_delegate;
     TableHeader *m_header;
-    QPointer<QWidget> m_menu;
-    bool m_isMenuOpen = false;
-    QPointer<QObject> m_question;
+    RowActions *m_actions;
     QTimer m_frames;
     double m_turn = 0;
     QPoint m_pointer; // where it was last
