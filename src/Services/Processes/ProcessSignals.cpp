@@ -55,11 +55,10 @@ QCoro::Task<ProcessSignals::Answer> ProcessSignals::send(CommandSSHManager &mana
 {
     const qint64 pid = request.process.pidInt();
     const bool useSudo = usesSudo(server, request);
-    const BaseSSHCommand command = request.signal
-                                       ? BaseSSHCommand(SignalProcessCommand(pid, *request.signal, useSudo))
-                                       : BaseSSHCommand(KillProcessCommand(pid, useSudo));
-    const CommandResult result =
-        (co_await manager.executeSSHCommand(GuardedProcessCommand(command, pid, startTicks), server)).result;
+    const GuardedProcessCommand command =
+        request.signal ? GuardedProcessCommand(SignalProcessCommand(pid, *request.signal, useSudo), pid, startTicks)
+                       : GuardedProcessCommand(KillProcessCommand(pid, useSudo), pid, startTicks);
+    const CommandResult result = (co_await manager.executeSSHCommand(command, server)).result;
     if (result.succeeded()) {
         co_return Answer{Outcome::Sent, {}};
     }

@@ -305,7 +305,8 @@ void Canvas::arc(char32_t codePoint)
 {
     const bool down = codePoint <= 0x256e;
     const bool right = codePoint == 0x256d || codePoint == 0x2570;
-    const QPointF middle(m_middleX - m_light / 2 + m_light / 2.0, m_middleY - m_light / 2 + m_light / 2.0);
+    const QPoint corner(m_middleX - m_light / 2, m_middleY - m_light / 2);
+    const QPointF middle = QPointF(corner) + QPointF(m_light, m_light) / 2;
     const qreal radius = std::min(m_cell.width(), m_cell.height()) / 2.0;
     const qreal x = right ? 1 : -1;
     const qreal y = down ? 1 : -1;

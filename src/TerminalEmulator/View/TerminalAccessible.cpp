@@ -177,7 +177,7 @@ void TerminalAccessible::selection(int index, int *start, int *end) const
         std::vector<qsizetype> offsets;
         view().terminal().line(at.line, line);
         const QString row = rowText(view().terminal(), line, &offsets);
-        const auto column = static_cast<size_t>(at.column + (after ? 1 : 0));
+        const auto column = static_cast<size_t>(at.column) + (after ? 1 : 0);
         const auto number = static_cast<qsizetype>(at.line - first);
         const qsizetype limit = number + 1 < text.starts.size() ? text.starts[number + 1] - 1 : text.text.size();
         const qsizetype offset = text.starts[number] + (column < offsets.size() ? offsets[column] : row.size());

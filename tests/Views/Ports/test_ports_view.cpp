@@ -5,6 +5,7 @@
 #include "Views/Components/SectionHeader.h"
 #include "Views/Components/StatePage.h"
 #include "Views/Components/Table/RecordTable.h"
+#include "Views/Components/Table/RowActions.h"
 #include "Views/Ports/PortsView.h"
 #include "Views/Ports/PortsViewModel.h"
 #include "Views/Theme/Theme.h"
@@ -72,7 +73,7 @@ void TestPortsView::aPortOfThisTest()
     QCOMPARE(found.pid, QString::number(::getpid()));
 
     QSignalSpy wanted(&live.navigation, &SectionNavigation::processRequested);
-    view.table().perform(0, SectionFixture::actionOf(model.table(), u"Show Process"_s));
+    view.table().rowActions().perform(0, SectionFixture::actionOf(model.table(), u"Show Process"_s));
     QCOMPARE(wanted.value(0).value(0).toLongLong(), ::getpid());
     listener.close();
     QTRY_COMPARE_WITH_TIMEOUT(view.page().state(), StatePage::State::Empty, 20'000);

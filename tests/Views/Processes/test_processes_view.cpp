@@ -10,6 +10,7 @@
 #include "Views/Components/StatePage.h"
 #include "Views/Components/StatusLine.h"
 #include "Views/Components/Table/RecordTable.h"
+#include "Views/Components/Table/RowActions.h"
 #include "Views/Processes/ProcessesView.h"
 #include "Views/Processes/ProcessesViewModel.h"
 #include "Views/Theme/Theme.h"
@@ -46,7 +47,8 @@ private Q_SLOTS:
 private:
     static void kill(ProcessesView &view, ProcessesViewModel &model, const QString &pid)
     {
-        view.table().perform(model.table().rowOf(pid), SectionFixture::actionOf(model.table(), u"Kill Process"_s));
+        view.table().rowActions().perform(model.table().rowOf(pid),
+                                          SectionFixture::actionOf(model.table(), u"Kill Process"_s));
     }
 
     Theme m_theme;

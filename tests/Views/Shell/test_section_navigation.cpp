@@ -1,6 +1,7 @@
 #include "Views/SectionFixture.h"
 
 #include "Views/Components/Table/RecordTable.h"
+#include "Views/Components/Table/RowActions.h"
 #include "Views/Components/TableSectionView.h"
 #include "Views/Ports/PortsView.h"
 #include "Views/Processes/ProcessesView.h"
@@ -51,7 +52,7 @@ void TestSectionNavigation::fromAPortToItsProcessAndBack()
     QVERIFY(ports);
     const auto run = [](TableSectionView &view, int row, const QString &label) {
         auto *model = qobject_cast<TableModel *>(view.table().model());
-        view.table().perform(row, SectionFixture::actionOf(*model, label));
+        view.table().rowActions().perform(row, SectionFixture::actionOf(*model, label));
     };
     QCOMPARE(ports->table().model()->rowCount(), 2);
     run(*ports, 1, u"Show Process"_s); // of port 80

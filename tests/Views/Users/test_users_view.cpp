@@ -4,6 +4,7 @@
 
 #include "Views/Components/StatePage.h"
 #include "Views/Components/Table/RecordTable.h"
+#include "Views/Components/Table/RowActions.h"
 #include "Views/Theme/Theme.h"
 #include "Views/Users/AddUserModal.h"
 #include "Views/Users/UsersView.h"
@@ -181,7 +182,8 @@ void TestUsersView::anAccountFromItsBeginToItsEnd()
     QVERIFY(live.says(u"sudo getent shadow tw-screen"_s).contains(u":$"_s));
     QCOMPARE(live.says(u"sudo cat /etc/sudoers.d/tw-screen"_s), u"tw-screen ALL=(ALL) NOPASSWD:ALL"_s);
 
-    view.table().perform(model.table().rowOf(name), SectionFixture::actionOf(model.table(), u"Delete User"_s));
+    view.table().rowActions().perform(model.table().rowOf(name),
+                                      SectionFixture::actionOf(model.table(), u"Delete User"_s));
     QVERIFY(answerQuestion(view, u"Delete"_s));
     QTRY_VERIFY_WITH_TIMEOUT(live.run(u"getent passwd tw-screen"_s).exitCode != 0, 20'000);
     QTRY_VERIFY_WITH_TIMEOUT(model.table().rowOf(name) < 0, 20'000);

@@ -25,6 +25,8 @@ public:
     RecordTable(const Theme &theme, TableModel &model, QWidget *parent = nullptr);
     ~RecordTable() override;
 
+    RowActions &rowActions() const { return *m_actions; }
+
     void keyboardSearch(const QString &search) override;
 
 Q_SIGNALS:
