@@ -272,7 +272,7 @@ QString RecordTable::toolTipAt(const QPoint &position) const
     if (action >= 0) {
         return m_model.actions().at(action).label;
     }
-    const QString error = m_model.errorAt(row);
+    QString error = m_model.errorAt(row);
     const QRect last = visualRect(index.siblingAtColumn(m_model.columnCount() - 1));
     if (!error.isEmpty() && m_delegate->markRect(last).adjusted(-6, -6, 6, 6).contains(position)) {
         return error;
@@ -280,7 +280,7 @@ QString RecordTable::toolTipAt(const QPoint &position) const
     if (index.column() >= m_model.columns().size()) {
         return {};
     }
-    const QString own = m_model.data(index, Qt::ToolTipRole).toString();
+    QString own = m_model.data(index, Qt::ToolTipRole).toString();
     if (!own.isEmpty()) {
         return own;
     }
