@@ -65,15 +65,14 @@ void GlobalTerminalSessionManager::create(const QUuid &terminalId, const Server 
     made->terminal = std::make_unique<HostedTerminalView>(server, m_services);
     m_terminals.insert(terminalId, made);
     m_order[server.id].append(terminalId);
-    watch(terminalId, server.id);
+    watch(*made->terminal, terminalId, server.id);
     QTimer::singleShot(0, made->terminal.get(), [this, terminalId] { connectTerminalIfNeeded(terminalId); });
     Q_EMIT terminalsChanged(server.id);
 }
 
-void GlobalTerminalSessionManager::watch(const QUuid &terminalId, const QUuid &serverId)
+void GlobalTerminalSessionManager::watch(HostedTerminalView &view, const QUuid &terminalId, const QUuid &serverId)
 {
-    HostedTerminalView *const view = terminal(terminalId).terminal;
-    Coordinator *const coordinator = &view->coordinator();
+    const Coordinator *const coordinator = &view.coordinator();
     connect(coordinator, &Coordinator::connectionStateChanged, this,
             [this, terminalId](TerminalConnectionState state) { setState(terminalId, state); });
     connect(coordinator, &Coordinator::terminalConnected, this,
@@ -84,10 +83,10 @@ void GlobalTerminalSessionManager::watch(const QUuid &terminalId, const QUuid &s
             [this, serverId, terminalId] { Q_EMIT terminalChanged(serverId, terminalId); });
     connect(coordinator, &Coordinator::outputArrived, this,
             [this, terminalId] { note(terminalId, TerminalNews::Output); });
-    connect(view, &HostedTerminalView::bellRang, this, [this, terminalId] { note(terminalId, TerminalNews::Bell); });
-    connect(view, &HostedTerminalView::shown, this, [this, terminalId] { note(terminalId, TerminalNews::None); });
-    connect(view, &HostedTerminalView::linkActivated, this, [](const QUrl &url) { QDesktopServices::openUrl(url); });
-    connect(view, &HostedTerminalView::titleChanged, this, [this, serverId] { Q_EMIT terminalsChanged(serverId); });
+    connect(&view, &HostedTerminalView::bellRang, this, [this, terminalId] { note(terminalId, TerminalNews::Bell); });
+    connect(&view, &HostedTerminalView::shown, this, [this, terminalId] { note(terminalId, TerminalNews::None); });
+    connect(&view, &HostedTerminalView::linkActivated, this, [](const QUrl &url) { QDesktopServices::openUrl(url); });
+    connect(&view, &HostedTerminalView::titleChanged, this, [this, serverId] { Q_EMIT terminalsChanged(serverId); });
 }
 
 void GlobalTerminalSessionManager::setState(const QUuid &terminalId, TerminalConnectionState connection)
@@ -151,7 +150,9 @@ void GlobalTerminalSessionManager::focusTerminal(const QUuid &serverId)
 void GlobalTerminalSessionManager::serverSettingsChanged(const Server &server)
 {
     for (const QUuid &id : terminalsOf(server.id)) {
-        terminal(id).coordinator->setServer(server);
+        if (Coordinator *const coordinator = terminal(id).coordinator) {
+            coordinator->setServer(server);
+        }
     }
 }
 

@@ -103,7 +103,7 @@ private:
 
     Entry *entry(const QUuid &terminalId) const;
     void create(const QUuid &terminalId, const Server &server);
-    void watch(const QUuid &terminalId, const QUuid &serverId);
+    void watch(HostedTerminalView &view, const QUuid &terminalId, const QUuid &serverId);
     void setState(const QUuid &terminalId, TerminalConnectionState state);
     void note(const QUuid &terminalId, TerminalNews news);
     void drop(const QUuid &terminalId);
