@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <algorithm>
+
 /// Looks at a window as a screen reader does, and lists what a person cannot reach or cannot tell.
 class AccessibilityWalk
 {
@@ -110,6 +112,17 @@ private:
                           qobject_cast<const QLineEdit *>(object->parent()));
     }
 
+    // Of buttons of which one is chosen, Tab reaches the chosen one, and the arrow keys the others.
+    static bool isReachedByArrows(const QAbstractButton &button)
+    {
+        const auto siblings =
+            button.parentWidget()->findChildren<QAbstractButton *>(QString(), Qt::FindDirectChildrenOnly);
+        return button.isCheckable() && !button.isChecked() &&
+               std::ranges::any_of(siblings, [](const QAbstractButton *other) {
+                   return other->isChecked() && (other->focusPolicy() & Qt::TabFocus);
+               });
+    }
+
     void checkWidget(const QWidget &widget)
     {
         if (!widget.isVisible() || isPart(&widget)) {
@@ -120,7 +133,7 @@ private:
         if (button && button->text().isEmpty() && button->toolTip().isEmpty()) {
             m_faults.append(name + QStringLiteral(": an icon without a tooltip"));
         }
-        if (button && button->isEnabled() && !(button->focusPolicy() & Qt::TabFocus)) {
+        if (button && button->isEnabled() && !isReachedByArrows(*button) && !(button->focusPolicy() & Qt::TabFocus)) {
             m_faults.append(name + QStringLiteral(": not in the tab order"));
         }
     }
