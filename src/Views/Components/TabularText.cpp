@@ -45,7 +45,7 @@ void TabularText::draw(QPainter &painter, const QRect &rect, bool isAtRight, con
                          metrics.elidedText(text, Qt::ElideRight, rect.width()));
         return;
     }
-    const qreal baseline = rect.top() + (rect.height() - metrics.height()) / 2 + metrics.ascent();
+    const int baseline = rect.top() + (rect.height() - metrics.height()) / 2 + metrics.ascent();
     int left = isAtRight ? rect.right() + 1 - wanted : rect.left();
     for (const QChar c : text) {
         const int own = metrics.horizontalAdvance(c);
