@@ -3,8 +3,8 @@
 #include <QString>
 #include <QStringList>
 
-/// Starts the program at login: an entry in the autostart directory, by the Desktop Application Autostart
-/// Specification 0.5.
+/// Starts the program at login: an entry in the autostart directory, by freedesktop.org's rules for the autostart of
+/// applications, version 0.5.
 class LoginItem
 {
 public:
