@@ -41,6 +41,12 @@ ScriptedServer::ScriptedServer()
 {
 }
 
+// Logins go through a client of their own: whoever waits for one is resumed while the manager still stands.
+ScriptedServer::~ScriptedServer()
+{
+    m_transport.quit();
+}
+
 Server ScriptedServer::server()
 {
     Server server;

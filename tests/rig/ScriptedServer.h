@@ -14,6 +14,7 @@ public:
     using Answer = std::function<CommandResult(const QString &line)>;
 
     ScriptedServer();
+    ~ScriptedServer();
 
     /// A record that needs no secret.
     static Server server();
