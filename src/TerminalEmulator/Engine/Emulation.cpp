@@ -77,6 +77,18 @@ void Emulation::clearHistory()
     m_allDamaged = true;
 }
 
+/// No row of the history is made of those above: they are gone with it, but the rows below keep their numbers.
+void Emulation::clearAbove()
+{
+    const int above = isAlternate() ? 0 : m_y;
+    if (above > 0) {
+        m_grid->scrollUp({0, 0, rows() - 1, columns() - 1}, above, Cell{});
+        m_firstLine += above;
+        m_y = 0;
+    }
+    clearHistory();
+}
+
 void Emulation::setScrollback(size_t rows)
 {
     const size_t before = m_history.size();

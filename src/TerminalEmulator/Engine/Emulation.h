@@ -94,6 +94,7 @@ public:
     /// fullReset(), and whatever sequence is under way is dropped.
     void hardReset();
     void clearHistory();
+    void clearAbove();
     void setScrollback(size_t rows);
     size_t memoryUse() const;
     void reply(std::string_view text);

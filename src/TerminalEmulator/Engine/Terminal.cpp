@@ -251,6 +251,11 @@ void Terminal::clearHistory()
     m_emulation->clearHistory();
 }
 
+void Terminal::clearAbove()
+{
+    m_emulation->clearAbove();
+}
+
 size_t Terminal::memoryUse() const
 {
     return m_emulation->memoryUse();

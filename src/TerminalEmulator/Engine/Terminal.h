@@ -127,6 +127,8 @@ public:
     /// Like RIS: a new terminal of the same size, the history kept.
     void reset();
     void clearHistory();
+    /// clearHistory(), and on the main screen the rows above the cursor's go too: it becomes the first one.
+    void clearAbove();
 
     // ---- input -----------------------------------------------------------------------------------------------
     /// The bytes a key sends in the current modes; empty if none (a release, a lone modifier).

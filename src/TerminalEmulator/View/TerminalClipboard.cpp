@@ -81,18 +81,6 @@ void TerminalWidget::State::pasteNow(const QString &text)
     send(terminal.encodePaste(text.toStdString()));
 }
 
-void TerminalWidget::clear()
-{
-    Terminal &terminal = m_state->terminal;
-    const int row = terminal.cursor().row;
-    if (!terminal.isAlternateScreen() && row > 0) {
-        // The lines above go into the scrollback, which is cleared then.
-        const std::string count = std::to_string(row);
-        terminal.feed("\x1b[" + count + "S\x1b[" + count + 'A');
-    }
-    clearScrollback();
-}
-
 /// OSC 52: only where the host agrees, and only what is text.
 void TerminalWidget::State::writeClipboard(const std::string &text, const std::string &target)
 {

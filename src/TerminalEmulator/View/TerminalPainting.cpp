@@ -7,6 +7,7 @@
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
+#include <utility>
 
 namespace vt
 {
@@ -95,6 +96,10 @@ void TerminalWidget::State::frame()
         screen.update(terminal, *cells, *painter, topLine(), damage, [this](int64_t line) { return marks(line); });
     if (!changed.isEmpty()) {
         widget->update(toWidget(changed.translated(gridRect().topLeft())));
+    }
+    // The margins are of the screen's colour, which the application may set.
+    if (const QRgb now = painter->defaultBackground(); std::exchange(ground, now) != now) {
+        widget->update();
     }
     touchCursor();
     updateBlinking();

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace vt
 {
@@ -151,6 +152,13 @@ void TerminalWidget::reset()
     m_state->applyColors();
 }
 
+void TerminalWidget::clear()
+{
+    m_state->terminal.clearAbove();
+    m_state->follows = true;
+    m_state->invalidate();
+}
+
 void TerminalWidget::clearScrollback()
 {
     m_state->terminal.clearHistory();
@@ -180,8 +188,24 @@ void TerminalWidget::State::consume(std::string_view bytes)
             delegate->terminalReplies(QByteArray(replies.data(), static_cast<qsizetype>(replies.size())));
         }
     }
-    for (const Event &event : terminal.takeEvents()) {
-        handle(event);
+    const std::string *lastTitle = nullptr;
+    const std::string *lastDirectory = nullptr;
+    const std::vector<Event> events = terminal.takeEvents();
+    for (const Event &event : events) {
+        // Of these only the last counts, and each that is told costs the host far more than it cost to send.
+        if (event.kind == Event::Kind::Title) {
+            lastTitle = &event.text;
+        } else if (event.kind == Event::Kind::WorkingDirectory) {
+            lastDirectory = &event.text;
+        } else {
+            handle(event);
+        }
+    }
+    if (lastTitle) {
+        setTitle(plainText(*lastTitle, MaxTitle));
+    }
+    if (lastDirectory) {
+        Q_EMIT widget->workingDirectoryChanged(plainText(*lastDirectory, 4096));
     }
     finder.noteOutput();
     requestFrame();
@@ -205,13 +229,6 @@ void TerminalWidget::State::handle(const Event &event)
             Q_EMIT widget->bellRang();
         }
         break;
-    case Event::Kind::Title:
-        title = plainText(event.text, MaxTitle);
-        Q_EMIT widget->titleChanged(title);
-        break;
-    case Event::Kind::WorkingDirectory:
-        Q_EMIT widget->workingDirectoryChanged(plainText(event.text, 4096));
-        break;
     case Event::Kind::Notification:
         Q_EMIT widget->notified(plainText(event.target, MaxTitle), plainText(event.text, 1024));
         break;
@@ -223,6 +240,13 @@ void TerminalWidget::State::handle(const Event &event)
         break;
     default:
         break;
+    }
+}
+
+void TerminalWidget::State::setTitle(const QString &text)
+{
+    if (std::exchange(title, text) != text) {
+        Q_EMIT widget->titleChanged(title);
     }
 }
 

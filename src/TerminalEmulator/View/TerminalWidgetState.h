@@ -34,6 +34,7 @@ struct TerminalWidget::State {
     void consume(std::string_view bytes);
     void send(const std::string &bytes);
     void handle(const Event &event);
+    void setTitle(const QString &text);
 
     // ---- size and look, in TerminalWidget.cpp
     void makeFont();
@@ -104,7 +105,6 @@ struct TerminalWidget::State {
 
     bool follows = true; ///< shows the end
     int64_t top = 0;     ///< line of the first row on show, unless it follows
-    uint32_t reflows = 0;
 
     QTimer frameTimer;
     QElapsedTimer sinceFrame;
@@ -132,6 +132,7 @@ struct TerminalWidget::State {
     Finder finder;
     std::vector<SearchHit> shownHits;
     ScreenAnnouncer announcer;
+    QRgb ground = 0;   ///< of the margins, as last drawn
     QRect drawnCursor; ///< device pixels, where the cursor may be on the screen
     QString preedit;
     int preeditCursor = 0;

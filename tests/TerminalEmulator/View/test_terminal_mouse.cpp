@@ -333,6 +333,16 @@ void TestTerminalMouse::clearsAllButThePrompt()
     QCOMPARE(fixture.row(0), QStringLiteral("$ typed"));
     QCOMPARE(fixture.view.terminal().cursor().row, 0);
     QCOMPARE(fixture.view.terminal().cursor().column, 7);
+    // The application's own stream goes on where it was, and its margins mean nothing here.
+    fixture.view.feed("\r\none\r\n\x1b[2;4r\x1b[44m\x1b[3;1H$ \x1b[4");
+    fixture.view.clear();
+    fixture.view.feed("1mred");
+    QCOMPARE(fixture.row(0), QStringLiteral("$ red"));
+    QCOMPARE(fixture.row(1), QString());
+    const vt::Terminal &terminal = fixture.view.terminal();
+    QCOMPARE(terminal.style(terminal.cell(0, 2).style).background.red, 1);
+    QCOMPARE(terminal.style(terminal.cell(9, 0).style).background.kind, vt::Color::Kind::Default);
+    QCOMPARE(terminal.historySize(), 0);
 }
 
 void TestTerminalMouse::finds()
