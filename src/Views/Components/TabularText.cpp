@@ -1,8 +1,11 @@
 #include "Views/Components/TabularText.h"
 
 #include <QFontMetrics>
+#include <QGlyphRun>
 #include <QPainter>
 #include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -12,45 +15,46 @@ bool isDigit(QChar c)
     return c >= u'0' && c <= u'9';
 }
 
-int digitWidth(const QFontMetrics &metrics)
+bool isLatin(const QString &text)
 {
-    int widest = 0;
-    for (char16_t digit = u'0'; digit <= u'9'; ++digit) {
-        widest = std::max(widest, metrics.horizontalAdvance(QChar(digit)));
-    }
-    return widest;
+    return std::ranges::all_of(text, [](QChar c) { return c >= u' ' && c < u'\u007F'; });
 }
 
 } // namespace
 
-int TabularText::width(const QFontMetrics &metrics, const QString &text)
+TabularText::TabularText(const QFont &font)
+    : m_font(font)
+    , m_glyphs(QRawFont::fromFont(font))
 {
-    const int digit = digitWidth(metrics);
-    int width = 0;
-    for (const QChar c : text) {
-        width += isDigit(c) ? digit : metrics.horizontalAdvance(c);
+    for (const QPointF &advance : m_glyphs.advancesForGlyphIndexes(m_glyphs.glyphIndexesForString(u"0123456789"_s))) {
+        m_digitWidth = std::max(m_digitWidth, advance.x());
     }
-    return width;
 }
 
-void TabularText::draw(QPainter &painter, const QRect &rect, bool isAtRight, const QString &text)
+void TabularText::drawAtRight(QPainter &painter, const QRect &rect, const QString &text) const
 {
-    const QFontMetrics metrics = painter.fontMetrics();
-    const int digit = digitWidth(metrics);
-    const int wanted = width(metrics, text);
-    const bool isPlain = std::ranges::all_of(text, [](QChar c) { return c >= u' ' && c < u'\u007F'; });
-    if (!isPlain || wanted > rect.width()) {
-        const auto edge = isAtRight ? Qt::AlignRight : Qt::AlignLeft;
-        painter.drawText(rect, static_cast<int>(Qt::AlignVCenter | edge | Qt::TextSingleLine),
+    const QList<quint32> glyphs = isLatin(text) ? m_glyphs.glyphIndexesForString(text) : QList<quint32>();
+    const QList<QPointF> advances = m_glyphs.advancesForGlyphIndexes(glyphs);
+    QList<QPointF> places;
+    qreal width = 0;
+    for (qsizetype i = 0; i < advances.size() && i < text.size(); ++i) {
+        const bool isFigure = isDigit(text.at(i));
+        const qreal room = isFigure ? m_digitWidth : advances.at(i).x();
+        places.append({width + (room - advances.at(i).x()) / 2, 0});
+        width += room;
+    }
+    const QFontMetrics metrics(m_font);
+    const bool isWhole = places.size() == text.size() && !glyphs.contains(0U); // the font itself has all of it
+    if (!isWhole || width > rect.width()) {
+        painter.setFont(m_font);
+        painter.drawText(rect, Qt::AlignVCenter | Qt::AlignRight | Qt::TextSingleLine,
                          metrics.elidedText(text, Qt::ElideRight, rect.width()));
         return;
     }
+    QGlyphRun run;
+    run.setRawFont(m_glyphs);
+    run.setGlyphIndexes(glyphs);
+    run.setPositions(places);
     const int baseline = rect.top() + (rect.height() - metrics.height()) / 2 + metrics.ascent();
-    int left = isAtRight ? rect.right() + 1 - wanted : rect.left();
-    for (const QChar c : text) {
-        const int own = metrics.horizontalAdvance(c);
-        const int advance = isDigit(c) ? digit : own;
-        painter.drawText(QPointF(left + (advance - own) / 2.0, baseline), c);
-        left += advance;
-    }
+    painter.drawGlyphRun({rect.right() + 1 - width, qreal(baseline)}, run);
 }

@@ -1,19 +1,24 @@
 #pragma once
 
+#include <QFont>
+#include <QRawFont>
 #include <QString>
 
-class QFontMetrics;
 class QPainter;
 class QRect;
 
-/// Figures whose digits are equally wide, so that they stand below one another, with any font.
-namespace TabularText
+/// Figures whose digits are equally wide, so that they stand below one another, in any font.
+class TabularText
 {
+public:
+    explicit TabularText(const QFont &font);
 
-int width(const QFontMetrics &metrics, const QString &text);
+    /// One line in the painter's pen, in the middle of `rect`'s height and at its right edge. Text that doesn't fit
+    /// is elided at its end; text of other scripts is drawn as the font has it.
+    void drawAtRight(QPainter &painter, const QRect &rect, const QString &text) const;
 
-/// One line in the painter's font and pen, in the middle of `rect`'s height and at its left or right edge. Text that
-/// doesn't fit is elided at its end.
-void draw(QPainter &painter, const QRect &rect, bool isAtRight, const QString &text);
-
-} // namespace TabularText
+private:
+    QFont m_font;
+    QRawFont m_glyphs;
+    qreal m_digitWidth = 0;
+};

@@ -4,14 +4,46 @@
 #include "Views/Components/NoticeBar.h"
 #include "Views/Components/PlainText.h"
 #include "Views/Components/StatePage.h"
+#include "Views/Components/TabularText.h"
 #include "Views/Components/UsageBar.h"
 
+#include <QPainter>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTextDocument>
 
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr QSize kFigureRoom(120, 24);
+
+QImage figure(const QFont &font, const QString &text, qreal ratio = 1)
+{
+    QImage picture(kFigureRoom * ratio, QImage::Format_RGB32);
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::white);
+    QPainter painter(&picture);
+    TabularText(font).drawAtRight(painter, QRect(10, 0, 100, kFigureRoom.height()), text);
+    return picture;
+}
+
+QRect ink(const QImage &picture)
+{
+    QRect ink;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            if (picture.pixelColor(x, y).lightness() < 160) {
+                ink |= QRect(x, y, 1, 1);
+            }
+        }
+    }
+    return ink;
+}
+
+} // namespace
 
 class TestComponents : public QObject
 {
@@ -25,6 +57,10 @@ private Q_SLOTS:
     void controlCharactersBecomeBlanks();
     void elidesWithTheWholeInTheToolTip();
     void gridKeepsItsLabels();
+    void figuresStandBelowOneAnother();
+    void figuresAtEachPixelRatio();
+    void figuresOfAllScripts_data();
+    void figuresOfAllScripts();
     void barTellsHowFull_data();
     void barTellsHowFull();
     void noticesWaitTheirTurn();
@@ -79,6 +115,52 @@ void TestComponents::gridKeepsItsLabels()
     QCOMPARE(before.at(1)->accessibleName(), u"B: 4 5"_s);
     grid.setRows({{u"A"_s, u"3"_s}});
     QCOMPARE(grid.rows().size(), 1);
+}
+
+void TestComponents::figuresStandBelowOneAnother()
+{
+    const QFont font = m_theme.font(TextStyle::Detail);
+    const QRect behind(110 - QFontMetrics(font).horizontalAdvance(u".8"_s), 0, 20, kFigureRoom.height());
+    const QImage one = figure(font, u"11111.8"_s);
+    const QImage nine = figure(font, u"99999.8"_s);
+    QCOMPARE(one.copy(behind), nine.copy(behind));
+    QVERIFY(one != nine);
+    // The same room for each digit, whatever the font gives it.
+    QVERIFY(ink(nine).left() - ink(one).left() <= 0);
+    QVERIFY(ink(one).left() - ink(nine).left() < 5);
+    QVERIFY(ink(one).right() <= 109 && ink(one).right() >= 106);
+}
+
+void TestComponents::figuresAtEachPixelRatio()
+{
+    const QFont font = m_theme.font(TextStyle::Detail);
+    const QImage once = figure(font, u"1733.5 MB"_s);
+    const QImage twice = figure(font, u"1733.5 MB"_s, 2);
+    const QRect wanted(ink(once).topLeft() * 2, ink(once).size() * 2);
+    for (const int difference : {ink(twice).left() - wanted.left(), ink(twice).right() - wanted.right(),
+                                 ink(twice).top() - wanted.top(), ink(twice).bottom() - wanted.bottom()}) {
+        QVERIFY(std::abs(difference) <= 3);
+    }
+    // Drawn for these pixels, not enlarged.
+    QVERIFY(twice.convertToFormat(QImage::Format_RGB32) != once.scaled(twice.size()));
+}
+
+void TestComponents::figuresOfAllScripts_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("hebrew") << u"שלום 12"_s;
+    QTest::newRow("arabic digits") << u"٤٢"_s;
+    QTest::newRow("minus sign") << u"−12.5 °C"_s;
+    QTest::newRow("too long") << u"123 456 789 123 456 789 123 456 789"_s;
+}
+
+void TestComponents::figuresOfAllScripts()
+{
+    QFETCH(QString, text);
+    const QRect drawn = ink(figure(m_theme.font(TextStyle::Detail), text));
+    QVERIFY(drawn.isValid());
+    QVERIFY(drawn.left() >= 9 && drawn.right() <= 110);
+    QVERIFY(drawn.right() > 100);
 }
 
 void TestComponents::barTellsHowFull_data()

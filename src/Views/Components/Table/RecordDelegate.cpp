@@ -3,7 +3,6 @@
 #include "Views/Components/Pill.h"
 #include "Views/Components/PlainText.h"
 #include "Views/Components/Table/TableModel.h"
-#include "Views/Components/TabularText.h"
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/Theme.h"
 
@@ -28,6 +27,12 @@ QString shownText(const QString &text)
         text.size() <= kLongestShown ? text : text.left(kLongestShown / 2) + u'…' + text.right(kLongestShown / 2));
 }
 
+QFont semibold(QFont font)
+{
+    font.setWeight(QFont::DemiBold);
+    return font;
+}
+
 } // namespace
 
 RecordDelegate::RecordDelegate(const Theme &theme, TableModel &model, QObject *parent)
@@ -38,6 +43,8 @@ RecordDelegate::RecordDelegate(const Theme &theme, TableModel &model, QObject *p
     , m_emphasisFont(m_plainFont)
     , m_monoFont(theme.font(TextStyle::Mono))
     , m_pillFont(theme.font(TextStyle::Caption))
+    , m_figures(m_plainFont)
+    , m_strongFigures(semibold(m_plainFont))
 {
     m_emphasisFont.setWeight(QFont::Medium);
 }
@@ -188,21 +195,20 @@ void RecordDelegate::paintWords(QPainter &painter, const QRect &cell, int row, i
         Pill::paint(painter, pill, text, m_pillFont, m_theme.tone(look.tone.value_or(ToneName::Gray)));
         return;
     }
-    QFont font = fontOf(of.style);
-    font.setStrikeOut(isGone);
-    if (look.tone && !look.icon && of.align == CellAlign::Right) {
-        font.setWeight(QFont::DemiBold); // a figure that stands out
-    }
-    painter.setFont(font);
     painter.setPen(isGone                       ? t.dim
                    : look.tone && !look.icon    ? m_theme.tone(*look.tone).text
                    : of.style == CellStyle::Dim ? t.dim
                                                 : t.text);
-    if (of.align == CellAlign::Right) {
-        TabularText::draw(painter, words, true, text);
+    if (of.align == CellAlign::Right && !isGone) {
+        const bool standsOut = look.tone && !look.icon;
+        (standsOut ? m_strongFigures : m_figures).drawAtRight(painter, words, text);
         return;
     }
-    painter.drawText(words, Qt::AlignVCenter | Qt::TextSingleLine,
+    QFont font = fontOf(of.style);
+    font.setStrikeOut(isGone);
+    painter.setFont(font);
+    const auto edge = of.align == CellAlign::Right ? Qt::AlignRight : Qt::AlignLeft;
+    painter.drawText(words, static_cast<int>(Qt::AlignVCenter | edge | Qt::TextSingleLine),
                      painter.fontMetrics().elidedText(text, of.elide, words.width()));
 }
 

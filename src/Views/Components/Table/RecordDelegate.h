@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Views/Components/Table/TableLook.h"
+#include "Views/Components/TabularText.h"
 
 #include <QPersistentModelIndex>
 #include <QStyledItemDelegate>
@@ -62,6 +63,8 @@ private:
     QFont m_emphasisFont;
     QFont m_monoFont;
     QFont m_pillFont;
+    TabularText m_figures;
+    TabularText m_strongFigures; // those with a tone
     int m_hoveredRow = -1;
     int m_hoveredAction = -1;
     double m_turn = 0;

@@ -31,6 +31,10 @@ public:
     /// As people sort names in the operator's language: ignoring case, digits by the number that they make.
     static SortKey natural(const QString &text);
 
+    bool isNumber() const { return std::holds_alternative<double>(m_key); }
+
+    double toNumber() const { return isNumber() ? std::get<double>(m_key) : 0; }
+
     /// Negative, zero or positive.
     static int compare(const SortKey &a, const SortKey &b);
 

@@ -162,6 +162,8 @@ private:
     using Rows = std::vector<int>; // records, by row
 
     void sortRecords();
+    template<typename KeyOf>
+    void sortRecordsBy(const KeyOf &keyOf, Qt::SortOrder order);
     Rows passingRecords();
     Rows heldRows(const Rows &passing) const;
     void arrange(); // after a change of sort or filter, or when the order is let go
