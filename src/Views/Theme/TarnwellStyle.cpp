@@ -16,6 +16,7 @@ namespace
 
 constexpr auto kKindProperty = "tarnwellButtonKind";
 constexpr auto kWrongProperty = "tarnwellFieldIsWrong";
+constexpr int kCheckBoxRing = 4; // between its words and the focus ring
 constexpr int kCheckBoxSize = 16;
 constexpr qreal kCheckBoxRadius = 4;
 constexpr int kButtonPadding = 12;
@@ -264,7 +265,7 @@ void TarnwellStyle::drawCheckBox(const QStyleOption &option, QPainter &painter) 
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(option.state.testFlag(State_Sunken) ? mixed(ground, t.text, 0.15) : ground);
-    painter.setPen(isSet ? ground : option.state.testFlag(State_MouseOver) && isEnabled ? t.faint : t.line);
+    painter.setPen(isSet ? ground : option.state.testFlag(State_MouseOver) && isEnabled ? t.dim : t.faint);
     painter.drawRoundedRect(box, kCheckBoxRadius, kCheckBoxRadius);
     painter.setPen(QPen(t.onAccent, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     const auto at = [&](qreal x, qreal y) { return box.topLeft() + QPointF(x * box.width(), y * box.height()); };
@@ -348,6 +349,9 @@ void TarnwellStyle::drawControl(ControlElement element, const QStyleOption *opti
 QRect TarnwellStyle::subElementRect(SubElement element, const QStyleOption *option, const QWidget *widget) const
 {
     const QRect rect = QProxyStyle::subElementRect(element, option, widget);
+    if (element == SE_CheckBoxFocusRect) {
+        return rect.adjusted(-kCheckBoxRing, -1, kCheckBoxRing, 1) & option->rect;
+    }
     const auto *frame =
         element == SE_LineEditContents ? qstyleoption_cast<const QStyleOptionFrame *>(option) : nullptr;
     return frame && frame->lineWidth > 0 ? rect.adjusted(kFieldPadding, 0, -kFieldPadding, 0) : rect;

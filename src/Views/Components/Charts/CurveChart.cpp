@@ -29,7 +29,7 @@ CurveChart::CurveChart(QWidget *parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setInteractive(false);
-    setFocusPolicy(Qt::NoFocus);
+    viewport()->setFocusPolicy(Qt::NoFocus); // and the view's, its proxy
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setBackgroundBrush(Qt::NoBrush);
     viewport()->setAutoFillBackground(false);
