@@ -1,9 +1,14 @@
 #include "App/Gallery/Gallery.h"
 
+#include "App/Gallery/FrozenControl.h"
 #include "App/Gallery/GalleryTable.h"
 #include "Views/Components/AlertDialog.h"
 #include "Views/Components/AutoRefreshToggle.h"
 #include "Views/Components/Card.h"
+#include "Views/Components/ChartCard.h"
+#include "Views/Components/Disclosure.h"
+#include "Views/Components/FormRow.h"
+#include "Views/Components/InlineNotice.h"
 #include "Views/Components/KeyValueGrid.h"
 #include "Views/Components/Labels.h"
 #include "Views/Components/NoticeBar.h"
@@ -24,6 +29,7 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
+#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -57,10 +63,15 @@ Gallery::Gallery(const Theme &theme, QWidget *parent)
     setFixedWidth(kWidth);
     m_column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     m_column->setSpacing(20);
+    m_column->setSizeConstraint(QLayout::SetNoConstraint); // the picture is as high as what stands in it
     addButtons();
     addFields();
+    addForms();
+    addHandledControls();
     addMarks();
     addFigures();
+    addCharts();
+    addDisclosures();
     addHeaders();
     addGroup(tr("Table")).addWidget(new GalleryTable(theme));
     addPages();
@@ -106,11 +117,10 @@ void Gallery::addButtons()
             line.insertWidget(line.count() - 1, turning);
             auto *question = new QPushButton(tr("Show a question"));
             connect(question, &QPushButton::clicked, this,
-                    [this] { static_cast<QDialog *>(GalleryWindows::question(m_theme, this))->open(); });
+                    [this] { GalleryWindows::question(m_theme, this)->open(); });
             line.addWidget(question);
             auto *sheet = new QPushButton(tr("Show a sheet"));
-            connect(sheet, &QPushButton::clicked, this,
-                    [this] { static_cast<QDialog *>(GalleryWindows::sheet(m_theme, this))->open(); });
+            connect(sheet, &QPushButton::clicked, this, [this] { GalleryWindows::sheet(m_theme, this)->open(); });
             line.addWidget(sheet);
         }
     }
@@ -151,6 +161,53 @@ void Gallery::addFields()
     second.addStretch();
 }
 
+void Gallery::addForms()
+{
+    QHBoxLayout &line = addLine(addGroup(tr("Rows of a form: with a hint, wrong, not to be changed")));
+    auto *hinted = new FormRow(m_theme, tr("Name:"), new QLineEdit(u"web-01"_s));
+    hinted->setHint(tr("Shown in the list"));
+    auto *wrong = new FormRow(m_theme, tr("Host:"), new QLineEdit(u"-web"_s));
+    wrong->setError(tr("Invalid host address format"));
+    auto *fixed = new QLineEdit(tr("Using saved password"));
+    fixed->setReadOnly(true);
+    for (FormRow *row : {hinted, wrong, new FormRow(m_theme, tr("Password:"), fixed)}) {
+        line.addWidget(row, 1, Qt::AlignTop);
+    }
+}
+
+void Gallery::addHandledControls()
+{
+    QVBoxLayout &group = addGroup(tr("Under the hand: pointed at, pressed, with the focus"));
+    const std::pair<QString, QStyle::State> states[]{{tr("Pointed at"), QStyle::State_MouseOver},
+                                                     {tr("Pressed"), QStyle::State_MouseOver | QStyle::State_Sunken},
+                                                     {tr("Focus"), QStyle::State_HasFocus}};
+    QHBoxLayout &buttons = addLine(group);
+    for (const auto kind : {ButtonKind::Normal, ButtonKind::Primary, ButtonKind::Danger, ButtonKind::Quiet}) {
+        for (const auto &[text, state] : states) {
+            auto *button = new FrozenButton(text, state);
+            setButtonKind(*button, kind);
+            buttons.addWidget(button);
+        }
+    }
+    buttons.addStretch();
+    QHBoxLayout &others = addLine(group);
+    for (const bool isChecked : {false, true}) {
+        for (const auto &[text, state] : states) {
+            auto *box = new FrozenCheckBox(text, state);
+            box->setChecked(isChecked);
+            others.addWidget(box);
+        }
+    }
+    for (const bool isWrong : {false, true}) {
+        const QString text = isWrong ? tr("Wrong, with the focus") : tr("With the focus");
+        auto *field = new FrozenField(text, QStyle::State_HasFocus);
+        field->setAccessibleName(text);
+        setFieldIsWrong(*field, isWrong);
+        others.addWidget(field);
+    }
+    others.addStretch();
+}
+
 void Gallery::addMarks()
 {
     QVBoxLayout &group = addGroup(tr("States"));
@@ -170,6 +227,16 @@ void Gallery::addMarks()
     auto *notices = new NoticeBar(m_theme);
     notices->add(tr("The settings were written by a newer version; what it does not know is kept as it is."));
     group.addWidget(notices);
+    QHBoxLayout &notes = addLine(group);
+    const std::tuple<ToneName, QString, QString> outcomes[]{
+        {ToneName::Orange, tr("Checking the connection..."), {}},
+        {ToneName::Green, tr("The connection works."), {}},
+        {ToneName::Red, tr("The connection failed."), u"ssh: connect to host web-01 port 22: No route to host"_s}};
+    for (const auto &[tone, text, detail] : outcomes) {
+        auto *note = new InlineNotice(m_theme);
+        note->setNotice(tone, text, detail);
+        notes.addWidget(note, 1);
+    }
     auto *progress = new ProgressLine(m_theme);
     progress->setActive(true);
     group.addWidget(progress);
@@ -206,6 +273,53 @@ void Gallery::addFigures()
     }
     stats->addStretch();
     line.addLayout(stats);
+}
+
+void Gallery::addCharts()
+{
+    QHBoxLayout &line = addLine(addGroup(tr("Charts: one figure, a warning, legends, no values yet")));
+    QList<double> received;
+    QList<double> sent;
+    for (int i = 0; i < MetricChart::kSamples; ++i) {
+        received.append(2.4 + 1.4 * std::sin(i / 7.0) + 0.7 * std::sin(i / 2.1));
+        sent.append(0.9 + 0.5 * std::sin(i / 5.0 + 2));
+    }
+    for (const bool isWarning : {false, true}) {
+        auto *one = new ChartCard(m_theme, tr("Memory"), ChartCard::LegendStyle::OneLine);
+        one->chart().setFormat([](double value) { return u"%1%"_s.arg(value * 10, 0, 'f', 1); });
+        one->chart().setMaximum(isWarning ? 4.2 : 10);
+        one->chart().setSamples({{{}, ToneName::Purple, true}}, {received});
+        one->setFigure(isWarning ? u"92.3%"_s : u"61.9%"_s, isWarning);
+        one->setFootnote(tr("19.2 of 31.0 GiB"));
+        line.addWidget(one, 2);
+    }
+    for (const auto style : {ChartCard::LegendStyle::OneLine, ChartCard::LegendStyle::TwoLines}) {
+        auto *two = new ChartCard(m_theme, tr("Network"), style);
+        two->chart().setFormat([](double value) { return tr("%1 MB/s").arg(value, 0, 'f', 1); });
+        two->chart().setAutomaticMaximum(1);
+        two->chart().setSamples({{tr("Receive"), ToneName::Green, true}, {tr("Transmit"), ToneName::Blue, false}},
+                                {received, sent});
+        two->setLegend({{tr("Receive"), ToneName::Green, tr("4.2 MB/s")},
+                        {tr("Transmit"), ToneName::Blue, tr("1.1 MB/s"), style == ChartCard::LegendStyle::TwoLines}});
+        line.addWidget(two, style == ChartCard::LegendStyle::OneLine ? 3 : 2);
+    }
+    auto *empty = new ChartCard(m_theme, tr("CPU"), ChartCard::LegendStyle::OneLine);
+    empty->setFigure(u"--"_s);
+    line.addWidget(empty, 2);
+}
+
+void Gallery::addDisclosures()
+{
+    QHBoxLayout &line = addLine(addGroup(tr("Parts that open")));
+    for (const bool isExpanded : {false, true}) {
+        auto *part = new Disclosure(m_theme, tr("Storage Devices"), Disclosure::Frame::Card, [this](QWidget *owner) {
+            return new TextLabel(m_theme, TextStyle::Body, tr("What stands in it"), TextLabel::Shade::Dim, owner);
+        });
+        part->setCount(5);
+        part->setExpanded(isExpanded);
+        connect(part, &Disclosure::toggleRequested, part, &Disclosure::setExpanded);
+        line.addWidget(part, 1, Qt::AlignTop);
+    }
 }
 
 void Gallery::addHeaders()
@@ -250,11 +364,13 @@ void Gallery::addPages()
 QImage Gallery::picture()
 {
     const qreal ratio = devicePixelRatioF();
-    const std::unique_ptr<QWidget> question(GalleryWindows::question(m_theme, nullptr));
-    const std::unique_ptr<QWidget> sheet(GalleryWindows::sheet(m_theme, nullptr));
+    const std::unique_ptr<ModalWindow> question(GalleryWindows::question(m_theme, nullptr));
+    const std::unique_ptr<ModalWindow> sheet(GalleryWindows::sheet(m_theme, nullptr));
+    question->fitToContent();
+    sheet->fitToContent();
     resize(kWidth, m_column->totalHeightForWidth(kWidth));
-    question->adjustSize();
-    sheet->adjustSize();
+    m_column->activate();
+    resize(kWidth, m_column->itemAt(m_column->count() - 2)->geometry().bottom() + 1 + kMargin);
     const int below = std::max(question->height(), sheet->height()) + 2 * kMargin;
     QImage picture(QSize(width(), height() + below) * ratio, QImage::Format_RGB32);
     picture.setDevicePixelRatio(ratio);
@@ -268,7 +384,7 @@ QImage Gallery::picture()
     return picture;
 }
 
-QWidget *GalleryWindows::question(const Theme &theme, QWidget *parent)
+ModalWindow *GalleryWindows::question(const Theme &theme, QWidget *parent)
 {
     return new AlertDialog(theme,
                            {.title = Gallery::tr("Kill Process"),
@@ -278,15 +394,15 @@ QWidget *GalleryWindows::question(const Theme &theme, QWidget *parent)
                            parent);
 }
 
-QWidget *GalleryWindows::sheet(const Theme &theme, QWidget *parent)
+ModalWindow *GalleryWindows::sheet(const Theme &theme, QWidget *parent)
 {
     auto *sheet = new Sheet(theme, Gallery::tr("Edit Record"), parent);
-    for (const QString &name : {Gallery::tr("Name"), Gallery::tr("Host")}) {
-        auto *field = new QLineEdit(name.toLower());
-        field->setAccessibleName(name);
-        sheet->body().addWidget(new TextLabel(theme, TextStyle::Detail, name, TextLabel::Shade::Dim));
-        sheet->body().addWidget(field);
-    }
+    auto *name = new FormRow(theme, Gallery::tr("Name:"), new QLineEdit(u"web-01"_s));
+    name->setHint(Gallery::tr("Shown in the list"));
+    sheet->body().addWidget(name);
+    auto *host = new FormRow(theme, Gallery::tr("Host:"), new QLineEdit(u"-web"_s));
+    host->setError(Gallery::tr("Invalid host address format"));
+    sheet->body().addWidget(host);
     sheet->body().addWidget(
         new SegmentedControl(theme, Gallery::tr("Authentication"),
                              {Gallery::tr("Password"), Gallery::tr("Private Key"), Gallery::tr("SSH Agent")}),

@@ -2,6 +2,7 @@
 
 #include <QWidget>
 
+class ModalWindow;
 class QVBoxLayout;
 class Theme;
 
@@ -19,8 +20,12 @@ public:
 private:
     void addButtons();
     void addFields();
+    void addForms();
+    void addHandledControls();
     void addMarks();
     void addFigures();
+    void addCharts();
+    void addDisclosures();
     void addHeaders();
     void addPages();
     QVBoxLayout &addGroup(const QString &title);
@@ -33,7 +38,7 @@ private:
 namespace GalleryWindows
 {
 
-QWidget *question(const Theme &theme, QWidget *parent);
-QWidget *sheet(const Theme &theme, QWidget *parent);
+ModalWindow *question(const Theme &theme, QWidget *parent);
+ModalWindow *sheet(const Theme &theme, QWidget *parent);
 
 } // namespace GalleryWindows

@@ -16,6 +16,8 @@ int writePictures(Theme &theme, const QDir &directory)
     for (const bool isDark : {false, true}) {
         theme.setDark(isDark);
         Gallery gallery(theme);
+        gallery.show(); // charts wait for it
+        QApplication::processEvents();
         const QString path = directory.filePath(isDark ? u"gallery-dark.png"_s : u"gallery-light.png"_s);
         if (!gallery.picture().save(path)) {
             std::fprintf(stderr, "cannot write %s\n", qPrintable(path));

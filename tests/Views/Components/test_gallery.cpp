@@ -1,8 +1,13 @@
 #include "App/Gallery/Gallery.h"
+#include "Views/Components/MetricChart.h"
+#include "Views/Components/ModalWindow.h"
 #include "Views/Theme/Theme.h"
 
 #include <QAccessible>
+#include <QApplication>
+#include <QDirIterator>
 #include <QImage>
+#include <QRegularExpression>
 #include <QScrollArea>
 #include <QTest>
 
@@ -19,6 +24,7 @@ private Q_SLOTS:
     void everyControlIsNamed_data();
     void everyControlIsNamed();
     void everyControlIsReachable();
+    void everyComponentIsThere();
     void followsTheTheme();
 
 private:
@@ -36,9 +42,13 @@ void TestGallery::everyControlIsNamed_data()
 void TestGallery::everyControlIsNamed()
 {
     QFETCH(int, which);
-    const std::unique_ptr<QWidget> window(which == 0   ? new Gallery(m_theme)
-                                          : which == 1 ? GalleryWindows::question(m_theme, nullptr)
-                                                       : GalleryWindows::sheet(m_theme, nullptr));
+    std::unique_ptr<QWidget> window;
+    if (which == 0) {
+        window = std::make_unique<Gallery>(m_theme);
+    } else {
+        window.reset(which == 1 ? GalleryWindows::question(m_theme, nullptr)
+                                : GalleryWindows::sheet(m_theme, nullptr));
+    }
     window->show();
     QStringList unnamed;
     int controls = 0;
@@ -89,6 +99,48 @@ void TestGallery::everyControlIsReachable()
         left << QString::fromLatin1(widget->metaObject()->className()) + u' ' + widget->accessibleName();
     }
     QVERIFY2(left.isEmpty(), qPrintable(left.join(u", "_s)));
+}
+
+void TestGallery::everyComponentIsThere()
+{
+    const std::unique_ptr<ModalWindow> question(GalleryWindows::question(m_theme, nullptr));
+    const std::unique_ptr<ModalWindow> sheet(GalleryWindows::sheet(m_theme, nullptr));
+    Gallery gallery(m_theme);
+    gallery.show();
+    QCoreApplication::processEvents(); // charts wait for it
+    auto *chart = gallery.findChild<MetricChart *>();
+    chart->setFocus();
+    QTest::keyClick(chart, Qt::Key_Left); // reads out
+    QSet<QString> shown;
+    for (const QWidget *widget : QApplication::allWidgets()) {
+        for (const QMetaObject *of = widget->metaObject(); of; of = of->superClass()) {
+            shown.insert(QString::fromLatin1(of->className()));
+        }
+    }
+    shown.insert(u"TableSectionView"_s); // a SectionScaffold with what the gallery's table has
+
+    static const QRegularExpression declared(u"^class (\\w+)[\\w ]* : public (\\w+)"_s,
+                                             QRegularExpression::MultilineOption);
+    static const QRegularExpression noWidget(u"^QObject$|^QAbstract|^QStyled|Layout$|Model$"_s);
+    int components = 0;
+    QStringList missing;
+    QDirIterator headers(QStringLiteral(TARNWELL_COMPONENTS), {u"*.h"_s}, QDir::Files, QDirIterator::Subdirectories);
+    while (headers.hasNext()) {
+        QFile header(headers.next());
+        QVERIFY(header.open(QFile::ReadOnly));
+        const QString text = QString::fromUtf8(header.readAll());
+        for (auto matches = declared.globalMatch(text); matches.hasNext();) {
+            const QRegularExpressionMatch match = matches.next();
+            if (!noWidget.match(match.captured(2)).hasMatch()) {
+                ++components;
+                if (!shown.contains(match.captured(1))) {
+                    missing << match.captured(1);
+                }
+            }
+        }
+    }
+    QVERIFY(components >= 30);
+    QVERIFY2(missing.isEmpty(), qPrintable(missing.join(u", "_s)));
 }
 
 // A colour that is not the theme's would be the same in both.
