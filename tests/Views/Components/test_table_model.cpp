@@ -82,6 +82,7 @@ private Q_SLOTS:
     void operatorsOrderBreaksTheHold();
     void statesOfRows();
     void actions();
+    void clearing();
     void wantedSelection();
     void copiesAsText();
 };
@@ -377,6 +378,15 @@ void TestTableModel::statesOfRows()
     model.setRecords(items(u"1:1"_s));
     model.setRecords(items(u"1:1 2:5"_s));
     QVERIFY(model.errorAt(0).isEmpty()); // it went with its row
+
+    model.setHeld(true);
+    model.setError(u"1"_s, u"it has ended"_s);
+    model.setRecords({});
+    QCOMPARE(model.errorAt(model.rowOf(u"1"_s)), u"it has ended"_s); // a shadow is still to be seen
+    model.setHeld(false);
+    model.setError(u"1"_s, u"nobody is there"_s);
+    model.setRecords(items(u"1:1"_s));
+    QVERIFY(model.errorAt(0).isEmpty());
 }
 
 void TestTableModel::actions()
@@ -416,6 +426,31 @@ void TestTableModel::actions()
     QVERIFY(model.isGone(0) && !model.isOffered(0, 0));
 }
 
+void TestTableModel::clearing()
+{
+    int done = 0;
+    Model::Declaration table = declaration();
+    table.actions = {{.label = u"Kill"_s, .run = [&done](const Item &) { ++done; }}};
+    Model model(table);
+    model.setRecords(items(u"1:9 2:5"_s));
+    model.requestSelection(u"2"_s);
+    model.setBusy(u"1"_s, true);
+    model.setHeld(true);
+    const auto action = model.prepared(0, 0);
+    QStringList atTheTime;
+    connect(&model, &TableModel::aboutToClear, this, [&] { atTheTime = ids(model); });
+    model.clear();
+    QCOMPARE(atTheTime, split(u"1 2"_s));
+    QCOMPARE(model.rowCount(), 0); // held or not
+    QVERIFY(model.selectedIdentity().isEmpty() && !model.isHoldingBack());
+    model.setRecords(items(u"1:9"_s));
+    QVERIFY(!model.isBusy(0) && model.isHeld());
+    action(); // of another origin
+    QCOMPARE(done, 0);
+    model.prepared(0, 0)();
+    QCOMPARE(done, 1);
+}
+
 void TestTableModel::wantedSelection()
 {
     Model model(declaration());
@@ -428,6 +463,12 @@ void TestTableModel::wantedSelection()
     model.requestSelection(u"1"_s);
     QCOMPARE(requests.takeFirst().constFirst().toInt(), 0);
 
+    model.requestSelection(u"7"_s);
+    model.sortBy(0); // brings no records
+    model.setFilter({});
+    model.setRecords(items(u"1:9 7:1"_s));
+    QCOMPARE(requests.takeFirst().constFirst().toInt(), 1);
+    model.setRecords(items(u"1:9"_s));
     model.requestSelection(u"7"_s);
     model.setRecords(items(u"1:9"_s));
     model.setRecords(items(u"1:9 7:1"_s)); // too late

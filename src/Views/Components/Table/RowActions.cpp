@@ -61,6 +61,7 @@ RowActions::RowActions(const Theme &theme, TableModel &model, QWidget &table)
     , m_model(model)
     , m_table(table)
 {
+    connect(&model, &TableModel::aboutToClear, this, &RowActions::withdraw);
 }
 
 RowActions::~RowActions()
@@ -174,6 +175,22 @@ void RowActions::addSortMenu(QMenu &menu)
         }
     }
     sort->addActions(group->actions());
+}
+
+bool RowActions::isOpen() const
+{
+    return m_isMenuOpen || m_question;
+}
+
+// What is open is about records that are gone.
+void RowActions::withdraw()
+{
+    if (m_menu) {
+        m_menu->close();
+    }
+    if (m_question) {
+        m_question->reject();
+    }
 }
 
 void RowActions::ask(const RowQuestion &question, bool isDestructive, const std::function<void()> &run)

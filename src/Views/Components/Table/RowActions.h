@@ -4,7 +4,7 @@
 #include <QPointer>
 #include <functional>
 
-class QAction;
+class AlertDialog;
 class QMenu;
 class QWidget;
 class TableModel;
@@ -34,7 +34,7 @@ public:
     void popUp(const QList<int> &rows, const QPoint &globalPosition);
 
     /// A menu or a question is open.
-    bool isOpen() const { return m_isMenuOpen || m_question; }
+    bool isOpen() const;
 
 Q_SIGNALS:
     void openChanged();
@@ -43,6 +43,7 @@ private:
     void addActions(QMenu &menu, int row);
     void addAction(QMenu &menu, int row, int action);
     void addSortMenu(QMenu &menu);
+    void withdraw();
     void ask(const RowQuestion &question, bool isDestructive, const std::function<void()> &run);
 
     const Theme &m_theme;
@@ -50,5 +51,5 @@ private:
     QWidget &m_table;
     QPointer<QWidget> m_menu;
     bool m_isMenuOpen = false;
-    QPointer<QObject> m_question;
+    QPointer<AlertDialog> m_question;
 };

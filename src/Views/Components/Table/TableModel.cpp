@@ -183,17 +183,31 @@ void TableModel::replace(QStringList identities)
     adopt(kept);
     m_identities = std::move(identities);
     m_index = std::move(known);
-    m_states.removeIf([this](const auto &state) { return !m_index.contains(state.key()) && !state->isBusy; });
 
     sortRecords();
     const Rows passing = passingRecords();
     moveTo(m_isHeld ? heldRows(passing) : passing);
     dropGone();
+    forgetStates();
     setHoldingBack(m_shown != passing);
     if (!m_shown.empty()) {
         Q_EMIT dataChanged(createIndex(0, 0), createIndex(rowCount() - 1, columnCount() - 1));
     }
+    answerWantedSelection();
+    m_wanted.clear();
     finishUpdate();
+}
+
+void TableModel::clear()
+{
+    ++m_clearings;
+    Q_EMIT aboutToClear();
+    m_states.clear();
+    m_wanted.clear();
+    const bool isHeld = std::exchange(m_isHeld, false);
+    replace({});
+    m_isHeld = isHeld;
+    setSelectedIdentity({});
 }
 
 void TableModel::sortRecords()
@@ -309,6 +323,17 @@ void TableModel::dropGone()
     }
 }
 
+// A shadow still says what the server refused.
+void TableModel::forgetStates()
+{
+    const auto isShadow = [this](const QString &identity) {
+        return std::find(m_identities.cbegin() + m_live, m_identities.cend(), identity) != m_identities.cend();
+    };
+    m_states.removeIf([&](const auto &state) {
+        return !state->isBusy && !m_index.contains(state.key()) && !isShadow(state.key());
+    });
+}
+
 void TableModel::finishUpdate()
 {
     answerWantedSelection();
@@ -358,6 +383,7 @@ void TableModel::arrange()
 {
     moveTo(passingRecords());
     dropGone();
+    forgetStates();
     setHoldingBack(false);
 }
 
@@ -387,10 +413,9 @@ void TableModel::requestSelection(const QString &identity)
 
 void TableModel::answerWantedSelection()
 {
-    const QString wanted = std::exchange(m_wanted, {});
-    const int row = wanted.isEmpty() ? -1 : rowOf(wanted);
+    const int row = m_wanted.isEmpty() ? -1 : rowOf(m_wanted);
     if (row >= 0) {
-        setSelectedIdentity(wanted);
+        setSelectedIdentity(std::exchange(m_wanted, {}));
         Q_EMIT selectionRequested(row);
     }
 }
@@ -419,8 +444,10 @@ bool TableModel::hasBusyRows() const
 
 void TableModel::setError(const QString &identity, const QString &error)
 {
-    m_states[identity].error = error.left(kLongestToolTip);
-    rowChanged(identity);
+    if (m_index.contains(identity) || rowOf(identity) >= 0) {
+        m_states[identity].error = error.left(kLongestToolTip);
+        rowChanged(identity);
+    }
 }
 
 QString TableModel::errorAt(int row) const
@@ -459,8 +486,10 @@ std::optional<RowQuestion> TableModel::question(int row, int action) const
 
 std::function<void()> TableModel::prepared(int row, int action)
 {
-    return [this, identity = identityAt(row), run = actionOn(record(row), action)] {
-        setError(identity, {});
-        run();
+    return [this, clearings = m_clearings, identity = identityAt(row), run = actionOn(record(row), action)] {
+        if (clearings == m_clearings) {
+            setError(identity, {});
+            run();
+        }
     };
 }

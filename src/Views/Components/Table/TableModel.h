@@ -43,6 +43,10 @@ public:
 
     int shownCount() const { return m_passing; } ///< records that pass the filter
 
+    /// Forgets the records and all that is known of them, held or not: the next ones are of another origin. Open
+    /// menus and questions close, and actions that were prepared do nothing any more.
+    void clear();
+
     /// -1 for an identity that no row shows.
     int rowOf(const QString &identity) const;
     QString identityAt(int row) const;
@@ -83,8 +87,7 @@ public:
     /// The table's, when the operator selects a row.
     void setSelectedIdentity(const QString &identity);
 
-    /// Makes the table select a row and scroll to it; a row that is not there yet as soon as the next records bring
-    /// it.
+    /// Makes the table select a row and scroll to it; a row that is not there yet, if the next records bring it.
     void requestSelection(const QString &identity);
 
     // --- states of single rows -------------------------------------------------------------------------------------
@@ -95,7 +98,7 @@ public:
     bool hasBusyRows() const;
 
     /// A quiet mark with the text in its tooltip: what the server refused. It goes with an empty text, with the row's
-    /// next action, and with the row.
+    /// next action, and with the row. Without such a record nothing is marked.
     void setError(const QString &identity, const QString &error);
     QString errorAt(int row) const;
 
@@ -113,6 +116,7 @@ public:
 Q_SIGNALS:
     /// After every change of records, filter, or counts.
     void updated();
+    void aboutToClear();
     void sortChanged();
     void holdingBackChanged(bool isHoldingBack);
     void selectedIdentityChanged(const QString &identity);
@@ -170,6 +174,7 @@ private:
     void moveTo(const Rows &target);
     void permute(Rows next);
     void dropGone();
+    void forgetStates();
     void setHoldingBack(bool isHoldingBack);
     void answerWantedSelection();
     void rowChanged(const QString &identity);
@@ -193,4 +198,5 @@ private:
     QString m_selected;
     QString m_wanted;
     QHash<QString, State> m_states;
+    quint64 m_clearings = 0;
 };
