@@ -35,6 +35,9 @@ QList<ProcessInfo> ProcessParser::parse(QByteArrayView output)
                           .rssMemoryKB = Text::fromUtf8(column[Rss]),
                           .command = command.contains("  ") ? Text::joinedFields(command) : Text::fromUtf8(command),
                           .startTime = start.of(column[Start])});
+        if (processes.size() == kMostProcesses) {
+            break;
+        }
     }
     return processes;
 }

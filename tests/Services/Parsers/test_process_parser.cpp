@@ -23,7 +23,7 @@ private Q_SLOTS:
     void aLine();
     void whatIsNoProcess_data();
     void whatIsNoProcess();
-    void oneLineOfTenMegabytes();
+    void hostileSizes();
 };
 
 void TestProcessParser::recordedLists()
@@ -106,7 +106,7 @@ void TestProcessParser::whatIsNoProcess()
     QVERIFY(ProcessParser::parse(output).isEmpty());
 }
 
-void TestProcessParser::oneLineOfTenMegabytes()
+void TestProcessParser::hostileSizes()
 {
     const QByteArray line("root 1 0.0 0.0 9 8 ? Ss 08:12 0:00 ");
     const QByteArray words = QByteArray("a  ").repeated(10'000'000 / 3);
@@ -114,6 +114,8 @@ void TestProcessParser::oneLineOfTenMegabytes()
     QCOMPARE(processes.size(), 1);
     QCOMPARE(processes.first().command.size(), 2 * (10'000'000 / 3) - 1);
     QVERIFY(ProcessParser::parse(kHeading + QByteArray(10'000'000, ' ')).isEmpty());
+    const QByteArray many = QByteArray("a 1 0 0 0 0 ? S 1 0 x\n").repeated(300'000);
+    QCOMPARE(ProcessParser::parse(kHeading + many).size(), ProcessParser::kMostProcesses);
 }
 
 QTEST_GUILESS_MAIN(TestProcessParser)
