@@ -64,10 +64,17 @@ void TableSectionView::update()
     setRefreshing(m_model.isLoading());
     updatePage();
     status().setStats(m_model.stats());
+    status().setNote(note());
+}
+
+QString TableSectionView::note() const
+{
+    QString notice = m_model.notice();
     const QDateTime updated = m_model.lastUpdated();
-    status().setNote(updated.isValid()
-                         ? tr("Updated %1").arg(QLocale().toString(updated.toLocalTime().time(), QLocale::LongFormat))
-                         : QString());
+    if (!notice.isEmpty() || !updated.isValid()) {
+        return notice;
+    }
+    return tr("Updated %1").arg(QLocale().toString(updated.toLocalTime().time(), QLocale::LongFormat));
 }
 
 void TableSectionView::updatePage()

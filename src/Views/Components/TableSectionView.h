@@ -28,6 +28,7 @@ private:
 
     void update();
     void updatePage();
+    QString note() const;
 
     TableSectionViewModel &m_model;
     RecordTable *m_table;

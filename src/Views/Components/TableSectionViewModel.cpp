@@ -3,13 +3,20 @@
 #include "Helpers/Clock.h"
 #include "Models/ServerStore.h"
 
+namespace
+{
+
+constexpr std::chrono::seconds kNoticeTime(30);
+
+} // namespace
+
 TableSectionViewModel::TableSectionViewModel(const MonitoredServer &server, Words words,
                                              std::chrono::milliseconds interval, QObject *parent)
     : QObject(parent)
     , m_server(server)
     , m_words(std::move(words))
     , m_hasTimer(interval.count() > 0)
-    , m_isConnected(server.connected().has_value())
+    , m_login(login())
 {
     m_autoRefreshTimer.setInterval(interval);
     connect(&m_autoRefreshTimer, &QTimer::timeout, this, [this] {
@@ -52,7 +59,7 @@ void TableSectionViewModel::setAutoRefreshEnabled(bool isEnabled)
 
 void TableSectionViewModel::startAutoRefresh()
 {
-    if (!m_hasTimer || !m_isAutoRefreshEnabled || !m_isViewVisible || !m_isConnected) {
+    if (!m_hasTimer || !m_isAutoRefreshEnabled || !m_isViewVisible || !m_login) {
         m_autoRefreshTimer.stop();
     } else if (!m_autoRefreshTimer.isActive()) {
         m_autoRefreshTimer.start();
@@ -62,19 +69,35 @@ void TableSectionViewModel::startAutoRefresh()
 void TableSectionViewModel::updateViewVisibility(bool isActiveView)
 {
     m_isViewVisible = isActiveView;
-    if (m_isViewVisible && m_isConnected && !m_hasLoadedInitialData) {
+    if (m_isViewVisible && m_login && !m_hasLoadedInitialData) {
         refresh();
     }
     startAutoRefresh();
 }
 
+std::optional<TableSectionViewModel::Login> TableSectionViewModel::login() const
+{
+    const std::optional<Server> record = m_server.connected();
+    return record ? std::optional(Login{record->host, record->port, record->username}) : std::nullopt;
+}
+
 void TableSectionViewModel::followConnection()
 {
-    const bool isConnected = m_server.connected().has_value();
-    if (std::exchange(m_isConnected, isConnected) == isConnected) {
+    const std::optional<Login> now = login();
+    if (std::exchange(m_login, now) == now) {
         return;
     }
-    m_hasLoadedInitialData = m_hasLoadedInitialData && isConnected; // a new session begins with a reading
+    ++m_session;
+    ++m_newestRequest; // what is under way comes to nothing
+    m_isLoading = false;
+    m_isInitialLoad = true;
+    m_hasLoadedInitialData = false;
+    m_loadError.reset();
+    m_shownError.reset();
+    m_lastUpdated = {};
+    m_complaint.reset();
+    m_table->clear();
+    forget();
     updateViewVisibility(m_isViewVisible);
     Q_EMIT changed();
 }
@@ -99,13 +122,40 @@ void TableSectionViewModel::finishReading()
     m_isInitialLoad = false;
     m_shownError = m_loadError;
     m_lastUpdated = m_server.clock.now();
+    if (const auto complaint = std::exchange(m_complaint, {})) {
+        noticeIfUnseen(*complaint);
+    }
     Q_EMIT changed();
+}
+
+void TableSectionViewModel::complain(const QString &identity, const QString &sentence)
+{
+    m_table->setError(identity, sentence);
+    const Complaint complaint{identity, sentence};
+    m_complaint = noticeIfUnseen(complaint) ? std::nullopt : std::optional(complaint);
+    Q_EMIT changed();
+}
+
+bool TableSectionViewModel::noticeIfUnseen(const Complaint &complaint)
+{
+    const int row = m_table->rowOf(complaint.identity);
+    if (row >= 0 && !m_table->isGone(row)) {
+        return false;
+    }
+    m_notice = complaint.sentence;
+    m_noticeEnd = m_server.clock.now() + kNoticeTime;
+    return true;
+}
+
+QString TableSectionViewModel::notice() const
+{
+    return m_server.clock.now() < m_noticeEnd ? m_notice : QString();
 }
 
 TableSectionViewModel::Display TableSectionViewModel::display() const
 {
     if (m_isInitialLoad) {
-        return m_isLoading || m_isConnected ? Display::Loading : Display::NotConnected;
+        return m_login ? Display::Loading : Display::NotConnected;
     }
     if (m_shownError) {
         return Display::Error;

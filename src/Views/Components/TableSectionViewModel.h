@@ -14,7 +14,8 @@
 /// them, and what is on show. A section derives from it, declares its table, and says how it reads.
 ///
 /// It reads only while its server is connected: first when the section becomes visible, then when it is told to, and
-/// by a timer while it is visible. It may be destroyed at any moment; what is under way then comes to nothing.
+/// by a timer while it is visible. With the connection, or when its record leads elsewhere, all goes that was read
+/// over it. It may be destroyed at any moment; what is under way then comes to nothing.
 class TableSectionViewModel : public QObject
 {
     Q_OBJECT
@@ -88,6 +89,9 @@ public:
     /// When the records on show were read; invalid before.
     QDateTime lastUpdated() const { return m_lastUpdated; }
 
+    /// What is to be said of a row that is not there any more, for half a minute; empty for nothing.
+    QString notice() const;
+
 public Q_SLOTS:
     /// Reads now. Of overlapping readings the newest counts.
     void refresh();
@@ -128,12 +132,37 @@ protected:
 
     void setLoadError(const QString &error) { m_loadError = error; }
 
+    /// Another one for each connection: what was begun in one means nothing in the next.
+    quint64 session() const { return m_session; }
+
+    /// The session is over: what belongs to it goes. The table is empty by then.
+    virtual void forget() {}
+
+    /// Says on its row why an action on a record failed; where no row shows the record, or none after the next
+    /// reading, notice() says it. `sentence` names the record.
+    void complain(const QString &identity, const QString &sentence);
+
     /// `pattern` with what narrows the table in the place of its %1; `whenNothing` if nothing does.
     QString noMatch(const QString &pattern, const QString &whenNothing) const;
 
     const MonitoredServer &monitored() const { return m_server; }
 
 private:
+    struct Login {
+        QString host;
+        int port = 0;
+        QString username;
+
+        bool operator==(const Login &) const = default;
+    };
+
+    struct Complaint {
+        QString identity;
+        QString sentence;
+    };
+
+    std::optional<Login> login() const;
+    bool noticeIfUnseen(const Complaint &complaint);
     void finishReading();
     void startAutoRefresh();
     void followConnection();
@@ -155,5 +184,9 @@ private:
     bool m_hasTimer;
     bool m_isAutoRefreshEnabled = true;
     bool m_isViewVisible = false;
-    bool m_isConnected;
+    std::optional<Login> m_login; // nothing while the server is not connected
+    quint64 m_session = 0;
+    std::optional<Complaint> m_complaint; // until the next reading
+    QString m_notice;
+    QDateTime m_noticeEnd;
 };

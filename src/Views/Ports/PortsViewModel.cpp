@@ -154,7 +154,11 @@ void PortsViewModel::applyFilter()
 TableSectionViewModel::Message PortsViewModel::emptiness() const
 {
     if (!m_processFilter.isEmpty() && searchText().isEmpty() && activeFilter() == PortFilter::All) {
-        return {tr("No Results"), tr("Process %1 holds no ports").arg(m_processFilter), {}};
+        return {tr("No Results"),
+                tr("No listed port names process %1. Of the processes that share a port only one is named, and to "
+                   "logins other than root only their own.")
+                    .arg(m_processFilter),
+                {}};
     }
     return {tr("No Results"), noMatch(tr("No ports match '%1'"), tr("The server lists no open ports")), {}};
 }

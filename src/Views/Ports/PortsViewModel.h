@@ -49,6 +49,8 @@ protected:
     void applyFilter() override;
     Message emptiness() const override;
 
+    void forget() override { setProcessFilter({}); }
+
 private:
     static RecordTableDeclaration<PortInfo> declaration(SectionNavigation &navigation);
 

@@ -1,6 +1,7 @@
 #include "Views/Processes/ProcessesViewModel.h"
 
 #include "Helpers/Clock.h"
+#include "Helpers/DisplayText.h"
 #include "Helpers/Log.h"
 #include "Helpers/Text.h"
 #include "Models/ServerStore.h"
@@ -56,8 +57,9 @@ bool matchesSearch(const ProcessInfo &process, const QString &text)
 // The command stands in the sentence as far as there is room for it, and else below as a whole.
 RowQuestion killQuestion(const ProcessInfo &process, std::optional<ProcessSignal> signal, const QString &label)
 {
-    const bool isLong = process.command.size() > kLongestCommand;
-    const QString command = isLong ? process.command.left(kLongestCommand) + u'…' : process.command;
+    const QString whole = DisplayText::oneLine(process.command);
+    const bool isLong = whole.size() > kLongestCommand;
+    const QString command = isLong ? whole.left(kLongestCommand) + u'…' : whole;
     RowQuestion question{
         .title = label,
         .text =
@@ -66,11 +68,27 @@ RowQuestion killQuestion(const ProcessInfo &process, std::optional<ProcessSignal
                       .arg(rawText(*signal), process.pid, command)
                 : ProcessesViewModel::tr("Are you sure you want to kill process %1 (%2)?").arg(process.pid, command),
         .confirm = label,
-        .detail = ProcessesViewModel::tr("User: %1").arg(process.user)};
+        .detail = ProcessesViewModel::tr("User: %1").arg(DisplayText::oneLine(process.user))};
     if (isLong) {
-        question.detail += u"\n"_s + ProcessesViewModel::tr("Command: %1").arg(process.command);
+        question.detail += u"\n"_s + ProcessesViewModel::tr("Command: %1").arg(whole);
     }
     return question;
+}
+
+// What is to be said of an answer; nothing if the signal was sent.
+QString complaintOn(const QString &pid, const ProcessSignals::Answer &answer)
+{
+    switch (answer.outcome) {
+    case Outcome::Sent:
+        break;
+    case Outcome::AnotherProcess:
+        return ProcessesViewModel::tr("Nothing was sent: process %1 has ended, and its number may belong to another "
+                                      "one now.")
+            .arg(pid);
+    case Outcome::Refused:
+        return answer.error.isEmpty() ? ProcessesViewModel::tr("The server refused the signal.") : answer.error;
+    }
+    return {};
 }
 
 std::optional<ToneName> warningAbove(double value, double limit)
@@ -231,6 +249,7 @@ void ProcessesViewModel::askToKill(const ProcessInfo &process, std::optional<Pro
         return;
     }
     const auto kill = std::make_shared<Kill>();
+    kill->session = session();
     kill->request = {process, signal};
     kill->listedSecondsAgo = static_cast<double>(lastUpdated().msecsTo(monitored().clock.now())) / 1000;
     m_asked = kill;
@@ -260,32 +279,45 @@ void ProcessesViewModel::killProcess(const ProcessInfo &process)
 
 void ProcessesViewModel::send(const std::shared_ptr<Kill> &kill)
 {
-    const ProcessInfo process = kill->request.process;
+    const QString &pid = kill->request.process.pid;
     const std::optional<ProcessStart> start = kill->start->start;
     const std::optional<Server> record = monitored().connected();
     const double youngest = kill->listedSecondsAgo * (1 - kClockDrift) - kClockSlack;
-    if (!record || !kill->start->isAnswered) {
-        finish(process, {Outcome::Refused, kill->start->error});
+    if (!record || kill->session != session()) {
+        finish(*kill, tr("Nothing was sent to process %1: the connection was lost.").arg(pid));
+    } else if (!kill->start->isAnswered) {
+        const QString &error = kill->start->error;
+        finish(*kill, tr("Nothing was sent to process %1: %2")
+                          .arg(pid, error.isEmpty() ? tr("the server did not answer.") : error));
     } else if (!start || start->secondsAgo < youngest) {
-        finish(process, {Outcome::AnotherProcess, {}});
+        finish(*kill, complaintOn(pid, {Outcome::AnotherProcess, {}}));
+        refreshProcesses();
     } else {
         whenDone(ProcessSignals::send(monitored().manager, *record, kill->request, start->ticks), this,
-                 [this, process](const ProcessSignals::Answer &answer) { finish(process, answer); });
+                 [this, kill](const ProcessSignals::Answer &answer) {
+                     finish(*kill, complaintOn(kill->request.process.pid, answer));
+                     if (answer.outcome != Outcome::Refused) {
+                         refreshProcesses();
+                     }
+                 });
     }
 }
 
-void ProcessesViewModel::finish(const ProcessInfo &process, const ProcessSignals::Answer &answer)
+void ProcessesViewModel::finish(const Kill &kill, const QString &complaint)
 {
-    m_killing.remove(process.pid);
-    m_table.setBusy(process.pid, false);
-    if (answer.outcome == Outcome::AnotherProcess) {
-        m_table.setError(process.pid, tr("Nothing was sent: this process has ended, and its number may belong to "
-                                         "another one now."));
-    } else if (answer.outcome == Outcome::Refused) {
-        m_table.setError(process.pid, answer.error.isEmpty() ? tr("The server refused the signal.") : answer.error);
+    const QString &pid = kill.request.process.pid;
+    if (kill.session == session()) {
+        m_killing.remove(pid);
+        m_table.setBusy(pid, false);
+    }
+    if (!complaint.isEmpty()) {
+        complain(pid, complaint);
     }
     Q_EMIT changed();
-    if (answer.outcome != Outcome::Refused) {
-        refreshProcesses();
-    }
+}
+
+void ProcessesViewModel::forget()
+{
+    m_asked.reset();
+    m_killing.clear();
 }

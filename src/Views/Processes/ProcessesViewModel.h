@@ -17,7 +17,7 @@ enum class ProcessFilter { All, HighCPU, HighMemory, MyProcesses, SystemProcesse
 ///
 /// A signal is asked about first. When the question opens, the start time of the process is looked up; the line that
 /// sends the signal sends it only to the process that started then. A start that is younger than the list on show is
-/// that of another process, too.
+/// that of another process, too. Nothing is sent over another connection than that of the question.
 class ProcessesViewModel : public TableSectionViewModel
 {
     Q_OBJECT
@@ -67,9 +67,11 @@ protected:
     void read(const Server &server) override;
     void applyFilter() override;
     Message emptiness() const override;
+    void forget() override;
 
 private:
     struct Kill {
+        quint64 session = 0;
         ProcessSignals::Request request;
         double listedSecondsAgo = 0;
         std::optional<ProcessSignals::StartAnswer> start;
@@ -80,7 +82,7 @@ private:
     RecordAction<ProcessInfo> signalAction(std::optional<ProcessSignal> signal, const QString &label);
     void parseProcessesFromCommandResult(const CommandResult &result);
     void send(const std::shared_ptr<Kill> &kill);
-    void finish(const ProcessInfo &process, const ProcessSignals::Answer &answer);
+    void finish(const Kill &kill, const QString &complaint);
 
     RecordTableModel<ProcessInfo> m_table;
     std::shared_ptr<Kill> m_asked;

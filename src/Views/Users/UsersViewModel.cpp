@@ -1,5 +1,6 @@
 #include "Views/Users/UsersViewModel.h"
 
+#include "Helpers/DisplayText.h"
 #include "Models/ServerStore.h"
 #include "Services/Users/UserAccounts.h"
 #include "Views/Users/AddUserViewModel.h"
@@ -61,7 +62,7 @@ RecordTableDeclaration<UserInfo> UsersViewModel::declaration()
                                                 .text =
                                                     tr("Are you sure you want to delete user '%1'?\n\nThis action "
                                                        "cannot be undone.")
-                                                        .arg(user.username),
+                                                        .arg(DisplayText::oneLine(user.username)),
                                                 .confirm = tr("Delete")};
                          },
                      .run = [this](const UserInfo &user) { deleteUser(user); }}},
@@ -98,7 +99,8 @@ void UsersViewModel::finishDelete(const UserInfo &user, const CommandResult &res
     m_table.setBusy(user.username, false);
     if (!result.succeeded()) {
         const QString error = QString::fromUtf8(result.error.trimmed());
-        m_table.setError(user.username, error.isEmpty() ? tr("The server refused to delete the account.") : error);
+        complain(user.username,
+                 error.isEmpty() ? tr("The server refused to delete the account '%1'.").arg(user.username) : error);
     }
     refreshUsers();
 }

@@ -3,6 +3,7 @@
 #include "Views/SectionFixture.h"
 
 #include "Views/Components/AutoRefreshToggle.h"
+#include "Views/Components/Labels.h"
 #include "Views/Components/RefreshButton.h"
 #include "Views/Components/SearchField.h"
 #include "Views/Components/SectionHeader.h"
@@ -41,6 +42,7 @@ private Q_SLOTS:
     void displays();
     void controls();
     void killAndCancel();
+    void aLostConnectionWithdrawsTheQuestion();
     void endToEnd_data();
     void endToEnd();
 
@@ -128,6 +130,30 @@ void TestProcessesView::killAndCancel()
     QVERIFY(answerQuestion(view, u"Kill Process"_s));
     QCOMPARE(fixture.scripted.lines().filter(u"&& kill 71"_s).size(), 1);
     QCOMPARE(model.table().total(), 0);
+}
+
+void TestProcessesView::aLostConnectionWithdrawsTheQuestion()
+{
+    SectionFixture fixture;
+    ProcessesViewModel model(fixture.monitored(), fixture.navigation);
+    ProcessesView view(m_theme, model);
+    fixture.scripted.setAnswer([](const QString &) { return ScriptedServer::said(kList); });
+    view.setActive(true);
+    view.show();
+    kill(view, model, u"71"_s);
+    fixture.setConnected(false);
+    QVERIFY(!answerQuestion(view, u"Kill Process"_s));
+    QVERIFY(!model.showingKillAlert() && !model.table().isHeld());
+    QCOMPARE(view.page().message().title, u"Not Connected"_s);
+
+    fixture.setConnected(true); // where no process has that number, says the list of start times
+    kill(view, model, u"71"_s);
+    fixture.scripted.setAnswer([](const QString &) { return ScriptedServer::said(kHeading); });
+    QVERIFY(answerQuestion(view, u"Kill Process"_s));
+    const auto notes = view.status().findChildren<ElidedLabel *>();
+    QVERIFY(std::ranges::any_of(notes, [](const ElidedLabel *label) {
+        return label->text().startsWith(u"Nothing was sent: process 71 has ended"_s);
+    }));
 }
 
 void TestProcessesView::endToEnd_data()
