@@ -98,6 +98,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     options.allowClipboardRead = true;
     options.allowClipboardWrite = true;
     options.allowTitleReports = true;
+    options.allowResize = true;
+    // Larger ones only make it slow.
+    options.mostColumns = 200;
+    options.mostRows = 100;
     vt::Terminal terminal(options);
     std::string_view rest(reinterpret_cast<const char *>(data), size);
     while (!rest.empty()) {

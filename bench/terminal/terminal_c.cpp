@@ -59,7 +59,7 @@ EXPORT uint32_t t_cell(void *terminal, int row, int col)
 
 EXPORT int t_history(void *terminal)
 {
-    return face(terminal).terminal.historySize();
+    return face(terminal).terminal.savedLines();
 }
 
 EXPORT void t_sync(void *terminal)

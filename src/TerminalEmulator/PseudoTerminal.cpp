@@ -47,6 +47,9 @@ std::string find(const std::string &program)
     sigset_t none;
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    // Of a parent without its standard descriptors these may be among the three that are replaced now.
+    slave = slave > 2 ? slave : ::fcntl(slave, F_DUPFD_CLOEXEC, 3);
+    report = report > 2 ? report : ::fcntl(report, F_DUPFD_CLOEXEC, 3);
     bool good = ::setsid() >= 0 && ::ioctl(slave, TIOCSCTTY, 0) == 0;
     for (int descriptor = 0; good && descriptor <= 2; ++descriptor) {
         good = ::dup2(slave, descriptor) >= 0;

@@ -19,6 +19,7 @@ class TestPseudoTerminal : public QObject
 private Q_SLOTS:
     void theChildFindsATerminalOfItsSize();
     void theChildStartsClean();
+    void aParentWithoutItsDescriptorsGivesThemToItsChild();
     void whatCannotStartSaysWhy();
     void aChildThatDoesNotReadBlocksNobody();
     void vtHostAnswersAndEndsLikeItsCommand();
@@ -86,6 +87,27 @@ void TestPseudoTerminal::theChildStartsClean()
     QVERIFY2(state.contains("leader"), state.constData());
 }
 
+void TestPseudoTerminal::aParentWithoutItsDescriptorsGivesThemToItsChild()
+{
+    // The pair and the report of a failed start then take the places of the three.
+    const pid_t pid = ::fork();
+    QVERIFY(pid >= 0);
+    if (pid == 0) {
+        ::close(0);
+        ::close(1);
+        ::close(2);
+        int status = 0;
+        const QByteArray found = run("[ -t 0 ] && [ -t 1 ] && [ -t 2 ] && echo all; exit 5", status);
+        vt::PseudoTerminal pty;
+        const bool told = pty.open(80, 24) == 0 && pty.spawn({"/nowhere/at-all", {}, {}, {}}) == ENOENT;
+        ::_exit(found == "all\n" && WEXITSTATUS(status) == 5 ? (told ? 0 : 2) : 1);
+    }
+    int status = 0;
+    QCOMPARE(::waitpid(pid, &status, 0), pid);
+    QVERIFY(WIFEXITED(status));
+    QCOMPARE(WEXITSTATUS(status), 0);
+}
+
 void TestPseudoTerminal::whatCannotStartSaysWhy()
 {
     vt::PseudoTerminal pty;
@@ -138,6 +160,14 @@ void TestPseudoTerminal::vtHostAnswersAndEndsLikeItsCommand()
             .second,
         128 + 9);
     QCOMPARE(host({QStringLiteral("--"), QStringLiteral("/nowhere")}).second, 127);
+    // One that is left behind and goes on writing does not keep it. It ends when nobody takes what it writes.
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(host({QStringLiteral("--"), QStringLiteral("/bin/sh"), QStringLiteral("-c"),
+                   QStringLiteral("trap '' HUP; (while printf .; do sleep 0.005; done) & sleep 0.1; exit 3")})
+                 .second,
+             3);
+    QVERIFY2(timer.elapsed() < 10'000, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(host({QStringLiteral("--size"), QStringLiteral("x")}).second, 2);
 }
 

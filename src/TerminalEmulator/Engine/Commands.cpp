@@ -1,5 +1,7 @@
 #include "TerminalEmulator/Engine/Base64.h"
 #include "TerminalEmulator/Engine/Emulation.h"
+#include "TerminalEmulator/Engine/Hex.h"
+#include "TerminalEmulator/Engine/Utf32.h"
 
 #include <algorithm>
 #include <charconv>
@@ -60,7 +62,7 @@ void Emulation::operatingSystemCommand(std::string_view text, bool bell)
         indexedColors(rest, true, bell);
         break;
     case 7:
-        m_workingDirectory = rest.substr(0, MaxTitle);
+        m_workingDirectory = cleanText(rest, MaxTitle);
         emitEvent({Event::Kind::WorkingDirectory, m_workingDirectory, {}});
         break;
     case 8:
@@ -71,7 +73,7 @@ void Emulation::operatingSystemCommand(std::string_view text, bool bell)
         notification(command, rest);
         break;
     case 22:
-        emitEvent({Event::Kind::PointerShape, std::string(rest.substr(0, 64)), {}});
+        emitEvent({Event::Kind::PointerShape, cleanText(rest, 64), {}});
         break;
     case 52:
         clipboard(rest, bell);
@@ -98,23 +100,19 @@ void Emulation::operatingSystemCommand(std::string_view text, bool bell)
     }
 }
 
-/// `which`: 0 both, 1 icon name, 2 title. Control characters never get in: the parser drops them from strings.
+/// `which`: 0 both, 1 icon name, 2 title.
 void Emulation::setTitle(int which, std::string_view text)
 {
-    std::string value(text.substr(0, MaxTitle));
+    std::string decoded;
     if ((m_titleModes & 1) != 0) {
-        std::string decoded;
-        for (size_t at = 0; at + 1 < value.size(); at += 2) {
-            unsigned byte = 0;
-            if (std::from_chars(value.data() + at, value.data() + at + 2, byte, 16).ec != std::errc()) {
-                return;
-            }
-            if (byte >= 0x20 && byte != 0x7f) {
-                decoded += static_cast<char>(byte);
-            }
+        std::optional<std::string> bytes = fromHex(text.substr(0, 2 * MaxTitle));
+        if (!bytes) {
+            return;
         }
-        value = decoded;
+        decoded = std::move(*bytes);
+        text = decoded;
     }
+    const std::string value = cleanText(text, MaxTitle);
     if (which != 2) {
         m_iconName = value;
         emitEvent({Event::Kind::IconName, value, {}});
@@ -222,6 +220,36 @@ void Emulation::clipboard(std::string_view rest, bool bell)
     }
 }
 
+/// A second mark of a kind in a line (a prompt drawn again) replaces the first: only so many are on the screen.
+void Emulation::addMark(const Mark &mark)
+{
+    const int64_t line = mark.position.line;
+    auto after = m_marks.end();
+    while (after != m_marks.begin() && (after - 1)->position.line >= line) {
+        --after;
+        if (after->position.line == line && after->kind == mark.kind) {
+            *after = mark;
+            return;
+        }
+    }
+    while (after != m_marks.end() && after->position.line == line) {
+        ++after;
+    }
+    m_marks.insert(after, mark);
+    if (m_marks.size() > MaxMarks) {
+        m_marks.pop_front();
+    }
+    dropLostMarks();
+}
+
+/// Forgets the marks of lines that are no more.
+void Emulation::dropLostMarks()
+{
+    while (!m_marks.empty() && m_marks.front().position.line < m_firstLine) {
+        m_marks.pop_front();
+    }
+}
+
 /// OSC 133: A prompt, B command line, C output, D end with an exit status.
 void Emulation::shellMark(std::string_view rest)
 {
@@ -229,11 +257,8 @@ void Emulation::shellMark(std::string_view rest)
         return;
     }
     const int status = rest[0] == 'D' && rest.size() > 2 ? number(rest.substr(2), -1) : -1;
-    if (!isAlternate()) {
-        m_marks.push_back({{screenTop() + m_y, m_x}, rest[0], status});
-        while (m_marks.size() > MaxMarks || (!m_marks.empty() && m_marks.front().position.line < m_firstLine)) {
-            m_marks.pop_front();
-        }
+    if (!isAlternate() && !m_statusDisplayActive) {
+        addMark({{screenTop() + m_y, m_x}, rest[0], status});
     }
     emitEvent({Event::Kind::Mark, {}, {}, rest[0], status});
 }
@@ -245,11 +270,11 @@ void Emulation::notification(int command, std::string_view rest)
         if (take(rest, ';') != "notify") {
             return;
         }
-        title = take(rest, ';').substr(0, 256);
+        title = cleanText(take(rest, ';'), 256);
     } else if (rest.starts_with("4;")) {
         return; // a progress bar, not a message
     }
-    emitEvent({Event::Kind::Notification, std::string(rest.substr(0, 1024)), title});
+    emitEvent({Event::Kind::Notification, cleanText(rest, 1024), title});
 }
 
 } // namespace vt

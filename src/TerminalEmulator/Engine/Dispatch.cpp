@@ -1,6 +1,8 @@
 #include "TerminalEmulator/Engine/Emulation.h"
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 #include <unordered_map>
 
 namespace vt
@@ -20,6 +22,30 @@ constexpr uint32_t esc(char final, char first = 0)
 }
 
 constexpr size_t MaxEvents = 4096;
+
+/// Whether a control function is about the page: its text, its margins or the cursor on it.
+bool touchesPage(uint32_t key, bool isEscape)
+{
+    struct Group {
+        uint32_t key; ///< of its members, without the final byte
+        bool isEscape;
+        std::string_view finals;
+    };
+
+    static constexpr Group Groups[] = {
+        {csi(0), false, "@ABCDEFGHIJKLMPSTXZ^`abdefrsu"},
+        {csi(0, '?'), false, "JK"},
+        {csi(0, 0, ' '), false, "@A"},
+        {csi(0, 0, '$'), false, "rtvxz{"},
+        {csi(0, 0, '\''), false, "}~"},
+        {esc(0), true, "6789DEHM"},
+        {esc(0, '#'), true, "34568"},
+    };
+    return std::any_of(std::begin(Groups), std::end(Groups), [&](const Group &group) {
+        return group.key == (key & ~0xffu) && group.isEscape == isEscape &&
+               group.finals.find(static_cast<char>(key & 0xff)) != std::string_view::npos;
+    });
+}
 
 } // namespace
 
@@ -61,7 +87,9 @@ const std::vector<Emulation::Entry> &Emulation::controlTable()
         {csi('d'), 1, &Emulation::vpa},
         {csi('e'), 1, &Emulation::vpr},
         {csi('f'), 1, &Emulation::cup},
+        {csi('f', '>'), 1, &Emulation::xtfmtkeys},
         {csi('g'), 1, &Emulation::tbc},
+        {csi('g', '?'), 1, &Emulation::xtqfmtkeys},
         {csi('h'), 1, &Emulation::sm},
         {csi('h', '?'), 1, &Emulation::decset},
         {csi('l'), 1, &Emulation::rm},
@@ -152,7 +180,13 @@ const std::vector<Emulation::Entry> &Emulation::escapeTable()
 
 void Emulation::buildDirect()
 {
+    m_directControls = {};
+    m_privateControls = {};
+    m_directEscapes = {};
     for (const Entry &entry : controlTable()) {
+        if (m_statusDisplayActive && touchesPage(entry.key, false)) {
+            continue;
+        }
         const uint32_t final = (entry.key & 0xff) - 0x40;
         if ((entry.key & ~0xffu) == 0) {
             m_directControls[final] = entry.handler;
@@ -161,6 +195,9 @@ void Emulation::buildDirect()
         }
     }
     for (const Entry &entry : escapeTable()) {
+        if (m_statusDisplayActive && touchesPage(entry.key, true)) {
+            continue;
+        }
         if ((entry.key & ~0xffu) == 0) {
             m_directEscapes[entry.key & 0x7f] = entry.handler;
         }
@@ -190,6 +227,9 @@ void Emulation::control(const Sequence &s)
         return map;
     }();
     const auto found = known.find(s.key());
+    if (m_statusDisplayActive && touchesPage(s.key(), false)) {
+        return;
+    }
     if (found != known.end() && m_level >= found->second->level) {
         (this->*found->second->handler)(s);
     }
@@ -204,6 +244,9 @@ void Emulation::escape(const Sequence &s)
         if (handler && (m_level >= 4 || (s.final != '6' && s.final != '9'))) {
             (this->*handler)(s);
         }
+        return;
+    }
+    if (m_statusDisplayActive && touchesPage(s.key(), true)) {
         return;
     }
     const auto &table = escapeTable();
@@ -222,6 +265,9 @@ void Emulation::execute(uint8_t control)
 {
     m_segmenter.reset();
     m_afterPrepend = false;
+    if (m_statusDisplayActive && control >= 0x08 && control <= 0x0d) {
+        return;
+    }
     switch (control) {
     case 0x05: // ENQ: the answerback message is empty
         break;
@@ -261,6 +307,9 @@ void Emulation::execute(uint8_t control)
 void Emulation::vt52(char final)
 {
     m_segmenter.reset();
+    if (m_statusDisplayActive && std::string_view("ABCDHIJK").find(final) != std::string_view::npos) {
+        return;
+    }
     switch (final) {
     case 'A':
         cursorUp(1);
@@ -311,7 +360,9 @@ void Emulation::vt52(char final)
 
 void Emulation::vt52Address(int row, int column)
 {
-    moveTo(column, row);
+    if (!m_statusDisplayActive) {
+        moveTo(column, row);
+    }
 }
 
 void Emulation::emitEvent(Event event)

@@ -54,9 +54,7 @@ void Emulation::eraseDisplay(int what, Erase kind)
         m_pendingWrap = false;
         break;
     case 3:
-        if (kind == Erase::Plain && !isAlternate()) {
-            clearHistory();
-        }
+        clearHistory();
         break;
     default:
         break;
@@ -179,12 +177,16 @@ void Emulation::shiftColumns(int x, int count, bool insert)
 
 void Emulation::sl(const Sequence &s)
 {
-    shiftColumns(m_left, s.atLeastOne(0), false);
+    if (inRowMargins() && inColumnMargins()) {
+        shiftColumns(m_left, s.atLeastOne(0), false);
+    }
 }
 
 void Emulation::sr(const Sequence &s)
 {
-    shiftColumns(m_left, s.atLeastOne(0), true);
+    if (inRowMargins() && inColumnMargins()) {
+        shiftColumns(m_left, s.atLeastOne(0), true);
+    }
 }
 
 void Emulation::decic(const Sequence &s)

@@ -12,6 +12,8 @@ Options checked(Options options)
 {
     options.columns = std::clamp(options.columns, 1, Options::MaxColumns);
     options.rows = std::clamp(options.rows, 1, Options::MaxRows);
+    options.mostColumns = std::clamp(options.mostColumns, 1, Options::MaxColumns);
+    options.mostRows = std::clamp(options.mostRows, 1, Options::MaxRows);
     options.scrollback = std::clamp(options.scrollback, 0, Options::MaxScrollback);
     options.cellWidth = std::max(options.cellWidth, 1);
     options.cellHeight = std::max(options.cellHeight, 1);
@@ -72,7 +74,7 @@ void Emulation::clearHistory()
 {
     m_firstLine += static_cast<int64_t>(m_history.size());
     m_history.clear();
-    std::erase_if(m_marks, [this](const Mark &mark) { return mark.position.line < m_firstLine; });
+    dropLostMarks();
     m_naturalTop.reset();
     m_allDamaged = true;
 }
@@ -100,7 +102,7 @@ void Emulation::setScrollback(size_t rows)
 size_t Emulation::memoryUse() const
 {
     const auto cells = static_cast<size_t>(columns()) * static_cast<size_t>(rows()) * sizeof(Cell);
-    return m_history.bytes() + 2 * cells + m_styles.size() * sizeof(Style) + m_clusters.size() * 12;
+    return m_history.bytes() + 2 * cells + m_styles.size() * sizeof(Style) + m_clusters.size() * 12 + m_links.bytes();
 }
 
 CursorState Emulation::cursor() const
@@ -110,7 +112,7 @@ CursorState Emulation::cursor() const
     state.column = m_x;
     state.visible = mode(Mode::CursorVisible);
     state.pendingWrap = m_pendingWrap;
-    state.blinking = mode(Mode::CursorBlink) || m_cursorStyle == 0;
+    state.blinking = mode(Mode::CursorBlink);
     state.shape = m_cursorStyle <= 2   ? CursorShape::Block
                   : m_cursorStyle <= 4 ? CursorShape::Underline
                                        : CursorShape::Bar;

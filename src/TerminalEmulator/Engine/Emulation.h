@@ -4,6 +4,7 @@
 #include "TerminalEmulator/Engine/Clusters.h"
 #include "TerminalEmulator/Engine/Grid.h"
 #include "TerminalEmulator/Engine/History.h"
+#include "TerminalEmulator/Engine/Input.h"
 #include "TerminalEmulator/Engine/Links.h"
 #include "TerminalEmulator/Engine/Locator.h"
 #include "TerminalEmulator/Engine/Modes.h"
@@ -90,6 +91,7 @@ public:
     bool readLine(int64_t line, Line &out) const;
 
     void resize(int columns, int rows);
+    void resizeByEmbedder(int columns, int rows);
     void fullReset();
     /// fullReset(), and whatever sequence is under way is dropped.
     void hardReset();
@@ -110,8 +112,8 @@ public:
     Locator m_locator;
     std::string m_replies;
     std::vector<Event> m_events;
-    std::deque<Mark> m_marks;
-    int64_t m_scrolled = 0; ///< lines the screen moved up since damage was taken
+    std::deque<Mark> m_marks; ///< in order of lines, one of a kind in each
+    int64_t m_scrolled = 0;   ///< lines the screen moved up since damage was taken
     bool m_allDamaged = true;
     uint32_t m_reflows = 0;
     std::vector<Position *> m_tracked;      ///< positions that a reflow moves with their text
@@ -120,8 +122,7 @@ public:
     std::string m_iconName;
     std::string m_clipboard;
     std::string m_workingDirectory;
-    int m_modifyOtherKeys = 0;
-    int m_formatOtherKeys = 0;
+    KeyOptions m_keyOptions;
 
     CursorState cursor() const;
 
@@ -216,7 +217,8 @@ private:
     void restoreCursor();
     void scrollUp(int count);
     void scrollDown(int count);
-    void tellMoved(const Area &area, int by) const;
+    void tellMoved(const Area &area, int by);
+    void linesMoved(int64_t first, int64_t last, int by);
 
     Area marginArea() const { return {m_top, m_left, m_bottom, m_right}; }
 
@@ -250,7 +252,6 @@ private:
     void decrc(const Sequence &s);
     void decbi(const Sequence &s);
     void decfi(const Sequence &s);
-    void homeDown(const Sequence &s);
 
     // ---- Edit.cpp --------------------------------------------------------------------------------------------
     void eraseRow(int y, int left, int right);
@@ -336,6 +337,8 @@ private:
     void xtmodkeys(const Sequence &s);
     void xtunmodkeys(const Sequence &s);
     void xtqmodkeys(const Sequence &s);
+    void xtfmtkeys(const Sequence &s);
+    void xtqfmtkeys(const Sequence &s);
     void keyboardQuery(const Sequence &s);
     void keyboardPush(const Sequence &s);
     void keyboardPop(const Sequence &s);
@@ -378,6 +381,8 @@ private:
     void hyperlink(std::string_view text);
     void clipboard(std::string_view text, bool bell);
     void shellMark(std::string_view text);
+    void addMark(const Mark &mark);
+    void dropLostMarks();
     void notification(int command, std::string_view text);
 
     // ---- Windows.cpp -----------------------------------------------------------------------------------------
@@ -388,13 +393,13 @@ private:
     void popTitle(int which, int place);
     void titleModes(const Sequence &s);
     void titleModesReset(const Sequence &s);
-    void decslpp(const Sequence &s);
     void decscpp(const Sequence &s);
     void decsnls(const Sequence &s);
     void requestSize(int columns, int rows);
     void maximize(bool on, bool horizontal, bool vertical);
     void decsasd(const Sequence &s);
     void decssdt(const Sequence &s);
+    void activateStatusDisplay(bool on);
 
     // ---- Reset.cpp -------------------------------------------------------------------------------------------
     void decstr(const Sequence &s);
@@ -445,13 +450,13 @@ private:
     int m_level = 5;
     bool m_eightBitReplies = false;
     bool m_keypadApplication = false;
-    int m_cursorStyle = 0;          ///< DECSCUSR
-    bool m_rectangleExtent = false; ///< DECSACE 2
+    int m_cursorStyle = 0;     ///< DECSCUSR
+    int m_attributeExtent = 0; ///< DECSACE: 2 a rectangle, else the stream of positions
     int m_checksumFlags = 0;
     int m_titleModes = 0;
     std::array<int, 2> m_bellVolumes{}; ///< warning (DECSWBV) and margin (DECSMBV), only told
     std::vector<Palette> m_paletteStack;
-    bool m_statusDisplayActive = false;
+    bool m_statusDisplayActive = false; ///< what would go to the page is dropped
     int m_statusDisplay = 0;
 
     struct SavedTitle {

@@ -2,12 +2,22 @@
 
 #include "TerminalEmulator/Engine/Keys.h"
 
+#include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 /// What keys, mouse and paste send to the application.
 namespace vt
 {
+
+/// How modifiers show in what keys send (XTMODKEYS, XTFMTKEYS), for each resource.
+struct KeyOptions {
+    enum Resource : uint8_t { Keyboard, CursorKeys, FunctionKeys, KeypadKeys, OtherKeys, Count };
+
+    std::array<int, Count> modify{0, 2, 2, 0, 0}; ///< 0 to 3, or -1 for not at all
+    std::array<int, Count> format{};              ///< only that of the other keys has an effect
+};
 
 /// The state of the terminal that decides how keys are sent.
 struct KeyboardState {
@@ -17,8 +27,8 @@ struct KeyboardState {
     bool backarrowSendsBs = false; ///< DECBKM
     bool deleteSendsDel = false;   ///< mode 1037
     bool altSendsEscape = true;    ///< modes 1036 and 1039
-    int modifyOtherKeys = 0;       ///< XTMODKEYS 4: 0 to 3
-    int progressive = 0;           ///< flags of the progressive keyboard protocol, 0 is the legacy encoding
+    KeyOptions options;
+    int progressive = 0; ///< flags of the progressive keyboard protocol, 0 is the legacy encoding
     bool vt52 = false;
 };
 

@@ -78,8 +78,13 @@ std::string function(const Function &each, unsigned modifiers, const KeyboardSta
     if (state.vt52 && each.ss3) {
         return std::string("\x1b") + each.final;
     }
-    if (modifiers != 0) {
-        return "\x1b[" + number(each.number) + ';' + number(static_cast<int>(modifiers) + 1) + each.final;
+    const int level = state.options.modify[each.cursorKey ? KeyOptions::CursorKeys : KeyOptions::FunctionKeys];
+    if (modifiers != 0 && level >= 0) {
+        // From 1 on CSI replaces SS3, from 2 on a number always precedes the modifiers, and 3 marks it as private.
+        const bool ss3 = level == 0 && each.ss3 && (!each.cursorKey || state.cursorKeys);
+        std::string out = ss3 ? "\x1bO" : level > 2 ? "\x1b[>" : "\x1b[";
+        out += each.number > 1 || level > 1 ? number(each.number) + ';' : std::string();
+        return out + number(static_cast<int>(modifiers) + 1) + each.final;
     }
     if (each.number > 1) {
         return "\x1b[" + number(each.number) + each.final;
@@ -121,8 +126,11 @@ int controlCode(char32_t character)
     }
 }
 
-std::string otherKey(unsigned modifiers, int code)
+std::string otherKey(unsigned modifiers, int code, const KeyboardState &state)
 {
+    if (state.options.format[KeyOptions::OtherKeys] == 1) {
+        return "\x1b[" + number(code) + ';' + number(static_cast<int>(modifiers) + 1) + 'u';
+    }
     return "\x1b[27;" + number(static_cast<int>(modifiers) + 1) + ';' + number(code) + '~';
 }
 
@@ -139,8 +147,9 @@ std::string character(const KeyEvent &event, unsigned modifiers, const KeyboardS
     const int code = control ? controlCode(event.character) : -1;
     // Level 1 leaves alone what the terminal has always been able to send; level 2 only plain typing.
     const bool ambiguous = control && (code < 0 || (modifiers & Shift) != 0);
-    if (!plain && event.character != 0 && (state.modifyOtherKeys >= 2 || (state.modifyOtherKeys == 1 && ambiguous))) {
-        return otherKey(modifiers, static_cast<int>(event.character));
+    const int level = state.options.modify[KeyOptions::OtherKeys];
+    if (!plain && event.character != 0 && (level >= 2 || (level == 1 && ambiguous))) {
+        return otherKey(modifiers, static_cast<int>(event.character), state);
     }
     if (code >= 0) {
         return escaped(std::string(1, static_cast<char>(code)), alt && state.altSendsEscape);
@@ -156,22 +165,22 @@ std::string special(const KeyEvent &event, unsigned modifiers, const KeyboardSta
 {
     const bool alt = (modifiers & (Alt | Meta)) != 0;
     const bool control = (modifiers & Control) != 0;
-    const bool other = state.modifyOtherKeys >= 2 && modifiers != 0;
+    const bool other = state.options.modify[KeyOptions::OtherKeys] >= 2 && modifiers != 0;
     switch (event.key) {
     case Key::Backspace:
         if (other) {
-            return otherKey(modifiers, 127);
+            return otherKey(modifiers, 127, state);
         }
         return escaped(state.backarrowSendsBs != control ? "\b" : "\x7f", alt);
     case Key::Tab:
         if ((modifiers & Shift) != 0 && !other) {
             return escaped("\x1b[Z", alt);
         }
-        return other ? otherKey(modifiers, 9) : escaped("\t", alt);
+        return other ? otherKey(modifiers, 9, state) : escaped("\t", alt);
     case Key::Enter:
-        return other ? otherKey(modifiers, 13) : escaped(state.newLine ? "\r\n" : "\r", alt);
+        return other ? otherKey(modifiers, 13, state) : escaped(state.newLine ? "\r\n" : "\r", alt);
     case Key::Escape:
-        return other ? otherKey(modifiers, 27) : escaped("\x1b", alt);
+        return other ? otherKey(modifiers, 27, state) : escaped("\x1b", alt);
     case Key::Delete:
         if (state.deleteSendsDel && modifiers == 0) {
             return "\x7f";

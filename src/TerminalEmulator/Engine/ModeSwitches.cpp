@@ -19,6 +19,14 @@ bool isMouseEncoding(Mode mode)
     return mode == Mode::MouseUtf8 || mode == Mode::MouseSgr || mode == Mode::MouseUrxvt || mode == Mode::MousePixels;
 }
 
+/// Switching it changes the page or moves the cursor on it.
+bool isOfPage(Mode mode)
+{
+    return mode == Mode::Columns132 || mode == Mode::AltScreen47 || mode == Mode::AltScreen1047 ||
+           mode == Mode::AltScreen1049 || mode == Mode::AltScreenAllowed || mode == Mode::SaveCursor1048 ||
+           mode == Mode::Origin || mode == Mode::LeftRightMargins;
+}
+
 } // namespace
 
 void Emulation::setAlternate(bool on)
@@ -65,6 +73,9 @@ void Emulation::setMode(Mode which, bool on)
 {
     if (isMouse(which) || isMouseEncoding(which)) {
         setMouseMode(which, on);
+        return;
+    }
+    if (m_statusDisplayActive && isOfPage(which)) {
         return;
     }
     switch (which) {
@@ -205,7 +216,9 @@ void Emulation::xtrestore(const Sequence &s)
         const ModeInfo *info = modeInfo(s.value(at), true);
         if (info && info->kind == ModeInfo::Settable) {
             if (info->mode == Mode::SaveCursor1048) {
-                restoreCursor();
+                if (!m_statusDisplayActive) {
+                    restoreCursor();
+                }
             } else if (m_savedModes[static_cast<size_t>(info->mode)] != mode(info->mode)) {
                 setMode(info->mode, m_savedModes[static_cast<size_t>(info->mode)]);
             }
@@ -332,27 +345,52 @@ void Emulation::docs(const Sequence &s)
     m_decodeNeed = 0;
 }
 
-/// XTMODKEYS: resource 4 is modifyOtherKeys.
+/// XTMODKEYS: without a value a resource gets the one it began with, without anything all do.
 void Emulation::xtmodkeys(const Sequence &s)
 {
+    const auto which = static_cast<size_t>(s.value(0));
     if (s.count == 0) {
-        m_modifyOtherKeys = 0;
-    } else if (s.value(0) == 4) {
-        m_modifyOtherKeys = std::clamp(s.value(1), 0, 3);
+        m_keyOptions.modify = KeyOptions().modify;
+    } else if (which < KeyOptions::Count) {
+        m_keyOptions.modify[which] = std::min(s.value(1, KeyOptions().modify[which]), 3);
     }
 }
 
+/// XTUNMODKEYS: function keys, unless another resource is named.
 void Emulation::xtunmodkeys(const Sequence &s)
 {
-    if (s.value(0, 4) == 4) {
-        m_modifyOtherKeys = 0;
+    const auto which = static_cast<size_t>(s.value(0, KeyOptions::FunctionKeys));
+    if (which < KeyOptions::Count) {
+        m_keyOptions.modify[which] = -1;
     }
 }
 
 void Emulation::xtqmodkeys(const Sequence &s)
 {
-    if (s.value(0) == 4) {
-        replyCsi(">4;" + std::to_string(m_modifyOtherKeys) + 'm');
+    const auto which = static_cast<size_t>(s.value(0));
+    if (which < KeyOptions::Count) {
+        // A disabled one has no value.
+        const int value = m_keyOptions.modify[which];
+        replyCsi('>' + std::to_string(which) + (value < 0 ? "" : ';' + std::to_string(value)) + 'm');
+    }
+}
+
+/// XTFMTKEYS: the form of a modified key, 1 being "CSI code ; modifiers u".
+void Emulation::xtfmtkeys(const Sequence &s)
+{
+    const auto which = static_cast<size_t>(s.value(0));
+    if (s.count == 0) {
+        m_keyOptions.format = {};
+    } else if (which < KeyOptions::Count) {
+        m_keyOptions.format[which] = std::min(s.value(1), 1);
+    }
+}
+
+void Emulation::xtqfmtkeys(const Sequence &s)
+{
+    const auto which = static_cast<size_t>(s.value(0));
+    if (which < KeyOptions::Count) {
+        replyCsi('>' + std::to_string(which) + ';' + std::to_string(m_keyOptions.format[which]) + 'f');
     }
 }
 

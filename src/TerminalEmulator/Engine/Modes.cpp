@@ -37,7 +37,10 @@ constexpr ModeInfo Modes[] = {
     {7, true, Mode::Autowrap, Settable, 1, true},
     {8, true, Mode::AutoRepeat, Settable, 1, true},
     {9, true, Mode::MouseX10, Settable, 1, false},
-    {12, true, Mode::CursorBlink, Settable, 1, false},
+    {10, true, Mode::Count, AlwaysReset, 1, false}, // tool bar: none
+    {12, true, Mode::CursorBlink, Settable, 1, true},
+    {13, true, Mode::Count, AlwaysReset, 1, false}, // blinking by the embedder's choice: 12 alone decides
+    {14, true, Mode::Count, AlwaysReset, 1, false}, // and nothing is exclusive-or'ed with it
     {18, true, Mode::PrintFormFeed, Settable, 1, false},
     {19, true, Mode::PrintExtent, Settable, 1, true},
     {25, true, Mode::CursorVisible, Settable, 1, true},
@@ -45,11 +48,14 @@ constexpr ModeInfo Modes[] = {
     {34, true, Mode::RightToLeft, Settable, 1, false},
     {35, true, Mode::HebrewKeyboard, Settable, 1, false},
     {36, true, Mode::HebrewEncoding, Settable, 1, false},
+    {38, true, Mode::Count, AlwaysReset, 1, false}, // DECTEK: there is no such screen to go to
     {40, true, Mode::Allow132, Settable, 1, false},
     {41, true, Mode::MoreFix, Settable, 1, false},
     {42, true, Mode::NationalSets, Settable, 1, false},
+    {43, true, Mode::Count, AlwaysReset, 1, false}, // DECGEPM: no printer for graphics
     {44, true, Mode::MarginBell, Settable, 1, false},
     {45, true, Mode::ReverseWrap, Settable, 1, false},
+    {46, true, Mode::Count, AlwaysReset, 1, false}, // logging to a file: never
     {47, true, Mode::AltScreen47, Settable, 1, false},
     {57, true, Mode::GreekKeyboard, Settable, 1, false},
     {60, true, Mode::Count, AlwaysReset, 1, false}, // DECHCCM: the page is never wider than the screen
@@ -60,6 +66,7 @@ constexpr ModeInfo Modes[] = {
     {68, true, Mode::KeyboardUsage, Settable, 1, false},
     {69, true, Mode::LeftRightMargins, Settable, 4, false},
     {73, true, Mode::TransmitRateLimit, Settable, 1, false},
+    {80, true, Mode::Count, AlwaysReset, 1, false}, // DECSDM: no sixel graphics
     {81, true, Mode::KeyPosition, Settable, 1, false},
     {95, true, Mode::NoClearOnColumns, Settable, 5, false},
     {96, true, Mode::RightToLeftCopy, Settable, 1, false},
@@ -82,6 +89,7 @@ constexpr ModeInfo Modes[] = {
     {1007, true, Mode::AlternateScroll, Settable, 1, true},
     {1010, true, Mode::ScrollOnOutput, Settable, 1, false},
     {1011, true, Mode::ScrollOnKey, Settable, 1, true},
+    {1014, true, Mode::Count, AlwaysSet, 1, false}, // fast scrolling: frames are never drawn for each line
     {1015, true, Mode::MouseUrxvt, Settable, 1, false},
     {1016, true, Mode::MousePixels, Settable, 1, false},
     {1034, true, Mode::EightBitMeta, Settable, 1, false},
@@ -105,6 +113,7 @@ constexpr ModeInfo Modes[] = {
     {1053, true, Mode::FunctionSco, Settable, 1, false},
     {1060, true, Mode::KeyboardLegacy, Settable, 1, false},
     {1061, true, Mode::KeyboardVt220, Settable, 1, false},
+    {1070, true, Mode::Count, AlwaysReset, 1, false}, // colour registers of a graphic's own: no graphics
     {2004, true, Mode::BracketedPaste, Settable, 1, false},
     {2026, true, Mode::Synchronized, Settable, 1, false},
     {2027, true, Mode::GraphemeClusters, AlwaysSet, 1, true},

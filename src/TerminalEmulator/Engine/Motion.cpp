@@ -74,10 +74,33 @@ void Emulation::lineFeed()
 }
 
 /// Tells of rows that scrolled inside the screen; columns that scroll alone take nothing along.
-void Emulation::tellMoved(const Area &area, int by) const
+void Emulation::tellMoved(const Area &area, int by)
 {
-    if (m_lineObserver && area.left == 0 && area.right == columns() - 1) {
-        m_lineObserver->linesMoved(screenTop() + area.top, screenTop() + area.bottom, by);
+    if (area.left == 0 && area.right == columns() - 1) {
+        linesMoved(screenTop() + area.top, screenTop() + area.bottom, by);
+    }
+}
+
+/// Marks and the selection go with their lines; what leaves `first` to `last` is gone.
+void Emulation::linesMoved(int64_t first, int64_t last, int by)
+{
+    if (!isAlternate()) {
+        auto begin = m_marks.end();
+        while (begin != m_marks.begin() && (begin - 1)->position.line >= first) {
+            --begin;
+        }
+        const auto kept = std::remove_if(begin, m_marks.end(), [&](Mark &mark) {
+            int64_t &line = mark.position.line;
+            if (line > last) {
+                return false;
+            }
+            line += by;
+            return line < first || line > last;
+        });
+        m_marks.erase(kept, m_marks.end());
+    }
+    if (m_lineObserver) {
+        m_lineObserver->linesMoved(first, last, by);
     }
 }
 
@@ -92,10 +115,10 @@ void Emulation::scrollUp(int count)
             m_firstLine += m_history.push(m_grid->row(y)) ? 1 : 0;
         }
         m_naturalTop.reset();
-        if (m_lineObserver && area.bottom < rows() - 1) {
+        if (area.bottom < rows() - 1) {
             // The rows below stay where they are, which is further from the first line now.
             const int64_t below = screenTop() - count + area.bottom + 1;
-            m_lineObserver->linesMoved(below, below + rows() + count, count);
+            linesMoved(below, below + rows() + count, count);
         }
     } else {
         tellMoved(area, -count);
@@ -435,11 +458,6 @@ void Emulation::decfi(const Sequence & /*s*/)
     } else if (m_x < columns() - 1) {
         ++m_x;
     }
-}
-
-void Emulation::homeDown(const Sequence & /*s*/)
-{
-    // ESC F: cursor to the lower left corner, a resource of the reference terminal that is off; nothing to do.
 }
 
 } // namespace vt

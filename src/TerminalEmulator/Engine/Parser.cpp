@@ -24,7 +24,7 @@ struct Parser::Table {
         }
     }
 
-    constexpr void setSequence(State entry, State params, State intermediate, State ignore, Action dispatch,
+    constexpr void setSequence(State entry, State params, State intermediate, Entry ignore, Action dispatch,
                                State after)
     {
         set(entry, 0x20, 0x2f, Collect, intermediate);
@@ -33,10 +33,10 @@ struct Parser::Table {
         set(entry, 0x40, 0x7e, dispatch, after);
         set(params, 0x20, 0x2f, Collect, intermediate);
         set(params, 0x30, 0x3b, Param, params);
-        set(params, 0x3c, 0x3f, None, ignore);
+        set(params, 0x3c, 0x3f, ignore.action, ignore.next);
         set(params, 0x40, 0x7e, dispatch, after);
         set(intermediate, 0x20, 0x2f, Collect, intermediate);
-        set(intermediate, 0x30, 0x3f, None, ignore);
+        set(intermediate, 0x30, 0x3f, ignore.action, ignore.next);
         set(intermediate, 0x40, 0x7e, dispatch, after);
     }
 
@@ -48,22 +48,23 @@ struct Parser::Table {
             set(each, 0x00, 0x1f, Execute, each);
             set(each, 0x20, 0x7f, None, each);
         }
-        for (const State each : {DcsEntry, DcsParam, DcsIntermediate, DcsIgnore}) {
+        for (const State each : {DcsEntry, DcsParam, DcsIntermediate}) {
             set(each, 0x00, 0x1f, None, each);
         }
         set(Escape, 0x20, 0x2f, Collect, EscapeIntermediate);
         set(Escape, 0x30, 0x7e, EscDispatch, Ground);
         set(Escape, 'P', 'P', Clear, DcsEntry);
         set(Escape, '[', '[', Clear, CsiEntry);
-        set(Escape, ']', ']', StartOsc, OscString);
-        set(Escape, 'X', 'X', StartOsc, OtherString);
-        set(Escape, '^', '_', StartOsc, OtherString);
+        set(Escape, ']', ']', StartString, OscString);
+        set(Escape, 'X', 'X', StartString, OtherString);
+        set(Escape, '^', '_', StartString, OtherString);
         set(EscapeIntermediate, 0x20, 0x2f, Collect, EscapeIntermediate);
         set(EscapeIntermediate, 0x30, 0x7e, EscDispatch, Ground);
-        setSequence(CsiEntry, CsiParam, CsiIntermediate, CsiIgnore, CsiDispatch, Ground);
+        setSequence(CsiEntry, CsiParam, CsiIntermediate, {None, CsiIgnore}, CsiDispatch, Ground);
         set(CsiIgnore, 0x20, 0x3f, None, CsiIgnore);
         set(CsiIgnore, 0x40, 0x7e, None, Ground);
-        setSequence(DcsEntry, DcsParam, DcsIntermediate, DcsIgnore, Hook, DcsPassthrough);
+        // What follows a header that is none is a string all the same.
+        setSequence(DcsEntry, DcsParam, DcsIntermediate, {StartString, OtherString}, Hook, DcsPassthrough);
     }
 };
 
@@ -209,6 +210,10 @@ const uint8_t *Parser::sequence(const uint8_t *at, const uint8_t *end)
             control1(byte);
             return at + 1;
         }
+        if (m_state >= DcsEntry && m_state <= DcsIntermediate) {
+            startString(OtherString);
+            return at;
+        }
         // Not a byte a sequence can have: it is text, and the sequence was none.
         dropString();
         m_stringPending = false;
@@ -276,7 +281,7 @@ void Parser::step(uint8_t byte)
     case Clear:
         clear();
         break;
-    case StartOsc:
+    case StartString:
         startString(entry.next);
         break;
     }

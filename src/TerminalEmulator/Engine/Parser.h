@@ -98,13 +98,12 @@ private:
         DcsParam,
         DcsIntermediate,
         DcsPassthrough,
-        DcsIgnore,
         OscString,
         OtherString,
         StateCount,
     };
 
-    enum Action : uint8_t { None, Execute, Collect, Param, EscDispatch, CsiDispatch, Hook, Clear, StartOsc };
+    enum Action : uint8_t { None, Execute, Collect, Param, EscDispatch, CsiDispatch, Hook, Clear, StartString };
     struct Table;
     static const Table table;
 

@@ -383,6 +383,9 @@ void Emulation::printByte(uint8_t byte)
 
 void Emulation::printCodePoint(char32_t codePoint)
 {
+    if (m_statusDisplayActive) {
+        return;
+    }
     const unicode::Property property = unicode::property(codePoint);
     const unicode::Break kind = property.breakClass();
     if (kind == unicode::Other && !m_afterPrepend) {

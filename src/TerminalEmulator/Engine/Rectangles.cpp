@@ -92,7 +92,7 @@ void Emulation::changeAttributes(const Sequence &s, Change change)
         return;
     }
     for (int y = where->top; y <= where->bottom; ++y) {
-        const bool rectangle = m_rectangleExtent;
+        const bool rectangle = m_attributeExtent == 2;
         const int left = rectangle || y == where->top ? where->left : 0;
         const int right = rectangle || y == where->bottom ? where->right : columns() - 1;
         if (left > right) {
@@ -124,10 +124,7 @@ void Emulation::changeAttributes(const Sequence &s, Change change)
 void Emulation::deccara(const Sequence &s)
 {
     changeAttributes(s, [&](Style &style) {
-        if (s.count <= 4) {
-            applySgr(style, 0);
-        }
-        for (int at = 4; at < s.count; ++at) {
+        for (int at = 4; at < std::max(s.count, 5); ++at) {
             const int code = s.value(at);
             if (code == 0) {
                 for (const int off : {22, 24, 25, 27, 28}) {
@@ -179,7 +176,7 @@ void Emulation::decrara(const Sequence &s)
 void Emulation::decsace(const Sequence &s)
 {
     if (s.value(0) <= 2) {
-        m_rectangleExtent = s.value(0) == 2;
+        m_attributeExtent = s.value(0);
     }
 }
 

@@ -1,4 +1,5 @@
 #include "TerminalEmulator/Engine/Emulation.h"
+#include "TerminalEmulator/Engine/Hex.h"
 
 #include <algorithm>
 #include <array>
@@ -12,32 +13,6 @@ namespace
 
 /// What the host has not taken by then is lost: it does not read, and memory is finite.
 constexpr size_t MaxReplies = 1 << 20;
-
-std::string hex(std::string_view text)
-{
-    static constexpr char Digits[] = "0123456789ABCDEF";
-    std::string out;
-    for (const char each : text) {
-        out += Digits[static_cast<unsigned char>(each) >> 4];
-        out += Digits[static_cast<unsigned char>(each) & 15];
-    }
-    return out;
-}
-
-std::optional<std::string> unhex(std::string_view text)
-{
-    std::string out;
-    for (size_t at = 0; at < text.size(); at += 2) {
-        unsigned value = 0;
-        const auto [end, error] =
-            std::from_chars(text.data() + at, text.data() + std::min(at + 2, text.size()), value, 16);
-        if (error != std::errc() || end != text.data() + at + 2) {
-            return std::nullopt;
-        }
-        out += static_cast<char>(value);
-    }
-    return out;
-}
 
 /// Percentages as DEC's hue (blue is 0), lightness and saturation.
 std::array<int, 3> hls(int red, int green, int blue)
@@ -397,7 +372,7 @@ void Emulation::decrqss(std::string_view what)
     } else if (what == "*|") {
         value = std::to_string(rows());
     } else if (what == "*x") {
-        value = m_rectangleExtent ? "2" : "1";
+        value = std::to_string(m_attributeExtent);
     } else if (what == "$}") {
         value = m_statusDisplayActive ? "1" : "0";
     } else if (what == "$~") {
@@ -407,7 +382,7 @@ void Emulation::decrqss(std::string_view what)
     } else if (what == "|") {
         value = "1";
     } else if (what == ">4m" || what == ">m") {
-        replyDcs("1$r>4;" + std::to_string(m_modifyOtherKeys) + 'm');
+        replyDcs("1$r>4;" + std::to_string(std::max(m_keyOptions.modify[KeyOptions::OtherKeys], 0)) + 'm');
         return;
     } else {
         replyDcs("0$r");
@@ -437,7 +412,7 @@ void Emulation::xtgettcap(std::string_view names)
     while (true) {
         const size_t end = names.find(';');
         const std::string_view asked = names.substr(0, end);
-        const std::optional<std::string> name = unhex(asked);
+        const std::optional<std::string> name = fromHex(asked);
         const auto *found = std::find_if(std::begin(Capabilities), std::end(Capabilities),
                                          [&](const Capability &each) { return name && each.name == *name; });
         if (found == std::end(Capabilities)) {
@@ -445,7 +420,7 @@ void Emulation::xtgettcap(std::string_view names)
             replyDcs("0+r" + (name ? std::string(asked.substr(0, 64)) : std::string()));
             return;
         }
-        replyDcs("1+r" + std::string(asked) + '=' + hex(found->value));
+        replyDcs("1+r" + std::string(asked) + '=' + toHex(found->value));
         if (end == std::string_view::npos) {
             return;
         }
@@ -464,7 +439,9 @@ void Emulation::deviceControl(const Sequence &s, std::string_view data)
         xtgettcap(data);
         break;
     case Sequence::key(0, '$', 0, 't'):
-        restorePresentation(s.value(0), data);
+        if (!m_statusDisplayActive) {
+            restorePresentation(s.value(0), data);
+        }
         break;
     default:
         break;

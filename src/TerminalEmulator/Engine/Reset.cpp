@@ -13,7 +13,7 @@ void Emulation::softReset()
         store(each, initialState(each));
     }
     m_keypadApplication = false;
-    m_modifyOtherKeys = 0;
+    m_keyOptions = {};
     resetMargins();
     m_charsets = {};
     m_singleShift = 0;
@@ -24,9 +24,9 @@ void Emulation::softReset()
     m_bellVolumes = {};
     penChanged();
     m_cursorStyle = 0;
-    m_rectangleExtent = false;
+    m_attributeExtent = 0;
     m_checksumFlags = 0;
-    m_statusDisplayActive = false;
+    activateStatusDisplay(false);
     (isAlternate() ? m_alternate : m_main).saved = {};
     m_pendingWrap = false;
     updateTextPath();
@@ -41,9 +41,10 @@ void Emulation::decstr(const Sequence & /*s*/)
 void Emulation::ris(const Sequence & /*s*/)
 {
     fullReset();
+    clearHistory();
 }
 
-/// RIS: the state of a new terminal of the same size; the history stays.
+/// The state of a new terminal of the same size; the history stays.
 void Emulation::fullReset()
 {
     const bool was132 = mode(Mode::Columns132);
@@ -68,6 +69,9 @@ void Emulation::fullReset()
         screen->saved = {};
         screen->keyboardStack = {0};
     }
+    while (!m_marks.empty() && m_marks.back().position.line >= screenTop()) {
+        m_marks.pop_back();
+    }
     m_x = 0;
     m_y = 0;
     m_lastPrinted = 0;
@@ -81,6 +85,8 @@ void Emulation::fullReset()
     m_locator = {};
     m_statusDisplay = 0;
     m_naturalTop.reset();
+    m_window.fullScreen = false;
+    m_window.restoreColumns = 0;
     m_allDamaged = true;
     emitEvent({Event::Kind::PaletteChanged, {}, {}});
 }

@@ -48,7 +48,7 @@ int Terminal::rows() const
 
 void Terminal::resize(int columns, int rows)
 {
-    m_emulation->resize(columns, rows);
+    m_emulation->resizeByEmbedder(columns, rows);
 }
 
 void Terminal::setCellSize(int width, int height)
@@ -65,6 +65,11 @@ void Terminal::setScrollback(int rows)
 int Terminal::historySize() const
 {
     return static_cast<int>(screenTop() - firstLine());
+}
+
+int Terminal::savedLines() const
+{
+    return static_cast<int>(m_emulation->m_history.size());
 }
 
 bool Terminal::isAlternateScreen() const

@@ -78,6 +78,8 @@ public:
     void setScrollback(int rows);
     /// Rows now above the screen; 0 on the alternate screen.
     int historySize() const;
+    /// Rows kept above the main screen, also while the alternate one shows.
+    int savedLines() const;
     bool isAlternateScreen() const;
     /// Numbers of the oldest line, of the screen's first row, and of its last one.
     int64_t firstLine() const;

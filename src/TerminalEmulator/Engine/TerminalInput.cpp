@@ -40,7 +40,7 @@ std::string Terminal::encodeKey(const KeyEvent &event) const
     state.backarrowSendsBs = m_emulation->mode(Mode::BackarrowSendsBs);
     state.deleteSendsDel = m_emulation->mode(Mode::DeleteSendsDel);
     state.altSendsEscape = m_emulation->mode(Mode::MetaSendsEscape) || m_emulation->mode(Mode::AltSendsEscape);
-    state.modifyOtherKeys = m_emulation->m_modifyOtherKeys;
+    state.options = m_emulation->m_keyOptions;
     state.progressive = m_emulation->keyboardFlags();
     state.vt52 = !m_emulation->mode(Mode::Ansi);
     return vt::encodeKey(event, state);

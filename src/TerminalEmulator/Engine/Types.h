@@ -23,8 +23,10 @@ struct Options {
     bool allowClipboardWrite = false; ///< OSC 52 raises an event
     bool allowClipboardRead = false;  ///< OSC 52 may ask; the answer is what was last written or given
     bool allowResize = false;         ///< applications may change the size (DECCOLM, XTWINOPS, DECSLPP): done at once
-    bool allowTitleReports = false;   ///< the title is told on request: text of one program typed into another
-    int cellWidth = 8;                ///< pixels, for reports
+    int mostColumns = MaxColumns;     ///< the largest size they get
+    int mostRows = MaxRows;
+    bool allowTitleReports = false; ///< the title is told on request: text of one program typed into another
+    int cellWidth = 8;              ///< pixels, for reports
     int cellHeight = 16;
     std::string name = "tarnwell"; ///< told by XTVERSION
     std::string version = "0.1";

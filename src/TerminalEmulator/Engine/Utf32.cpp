@@ -1,5 +1,7 @@
 #include "TerminalEmulator/Engine/Utf32.h"
 
+#include "TerminalEmulator/Engine/Cell.h"
+
 #include <cstdint>
 
 namespace vt
@@ -33,6 +35,24 @@ std::u32string toUtf32(std::string_view utf8)
             high = 0xbf;
         }
         out += good ? value : U'\ufffd';
+    }
+    return out;
+}
+
+std::string cleanText(std::string_view utf8, size_t most)
+{
+    std::string out;
+    // A character has at most four bytes: what lies beyond cannot get in, and a cut one falls to the length below.
+    for (const char32_t each : toUtf32(utf8.substr(0, 4 * most + 4))) {
+        if (each < 0x20 || (each >= 0x7f && each < 0xa0)) {
+            continue;
+        }
+        const size_t before = out.size();
+        appendUtf8(out, each);
+        if (out.size() > most) {
+            out.resize(before);
+            break;
+        }
     }
     return out;
 }

@@ -1,4 +1,5 @@
 #include "TerminalEmulator/Engine/Emulation.h"
+#include "TerminalEmulator/Engine/Hex.h"
 
 #include <algorithm>
 
@@ -15,14 +16,23 @@ constexpr size_t MaxTitles = 10;
 
 } // namespace
 
+/// The user's own size is not undone by an application that gives an earlier one back.
+void Emulation::resizeByEmbedder(int newColumns, int newRows)
+{
+    if (newColumns != columns() || newRows != rows()) {
+        m_window.restoreColumns = 0;
+    }
+    resize(newColumns, newRows);
+}
+
 /// The application wants another size. It gets it if the embedder allows that.
 void Emulation::requestSize(int wantedColumns, int wantedRows)
 {
     if (!m_options.allowResize) {
         return;
     }
-    const int newColumns = std::clamp(wantedColumns, 1, Options::MaxColumns);
-    const int newRows = std::clamp(wantedRows, 1, Options::MaxRows);
+    const int newColumns = std::clamp(wantedColumns, 1, m_options.mostColumns);
+    const int newRows = std::clamp(wantedRows, 1, m_options.mostRows);
     if (newColumns == columns() && newRows == rows()) {
         return;
     }
@@ -149,15 +159,7 @@ void Emulation::titleReport(char kind, const std::string &text)
         return;
     }
     std::string body(1, kind);
-    if ((m_titleModes & 2) != 0) {
-        static constexpr char Digits[] = "0123456789ABCDEF";
-        for (const char each : text) {
-            body += Digits[static_cast<unsigned char>(each) >> 4];
-            body += Digits[static_cast<unsigned char>(each) & 15];
-        }
-    } else {
-        body += text;
-    }
+    body += (m_titleModes & 2) != 0 ? toHex(text) : text;
     replyOsc(body, false);
 }
 
@@ -215,11 +217,6 @@ void Emulation::titleModesReset(const Sequence &s)
     }
 }
 
-void Emulation::decslpp(const Sequence &s)
-{
-    windowOperation(s);
-}
-
 void Emulation::decscpp(const Sequence &s)
 {
     const int wanted = s.value(0);
@@ -236,19 +233,26 @@ void Emulation::decsnls(const Sequence &s)
     }
 }
 
-/// DECSASD: with 1, text goes to the status line, which is not shown.
+/// DECSASD: with 1, text and everything that moves or changes it goes to the status line, which is not shown.
 void Emulation::decsasd(const Sequence &s)
 {
-    m_statusDisplayActive = s.value(0) == 1 && m_statusDisplay == 2;
-    updateTextPath();
+    activateStatusDisplay(s.value(0) == 1 && m_statusDisplay == 2);
+}
+
+void Emulation::activateStatusDisplay(bool on)
+{
+    if (on != m_statusDisplayActive) {
+        m_statusDisplayActive = on;
+        buildDirect();
+        updateTextPath();
+    }
 }
 
 void Emulation::decssdt(const Sequence &s)
 {
     if (s.value(0) <= 2) {
         m_statusDisplay = s.value(0);
-        m_statusDisplayActive = m_statusDisplayActive && m_statusDisplay == 2;
-        updateTextPath();
+        activateStatusDisplay(m_statusDisplayActive && m_statusDisplay == 2);
     }
 }
 

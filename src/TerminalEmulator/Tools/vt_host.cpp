@@ -7,6 +7,7 @@
 #include "TerminalEmulator/PseudoTerminal.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -77,18 +78,24 @@ bool pump(vt::PseudoTerminal &pty, vt::Terminal &terminal, std::ofstream &record
 
 int run(vt::PseudoTerminal &pty, vt::Terminal &terminal, std::ofstream &record)
 {
+    using Clock = std::chrono::steady_clock;
+    constexpr std::chrono::seconds Grace(1); // for what a process left behind goes on writing
     int status = 0;
     bool exited = false;
     int quiet = 0;
+    Clock::time_point end;
     while (true) {
         struct pollfd watched = {pty.master(), static_cast<short>(POLLIN | (pty.hasPending() ? POLLOUT : 0)), 0};
         const int ready = ::poll(&watched, 1, exited ? 20 : 100);
         pty.flush();
         const bool open = ready <= 0 || pump(pty, terminal, record);
-        exited = exited || pty.hasExited(status);
+        if (!exited && pty.hasExited(status)) {
+            exited = true;
+            end = Clock::now() + Grace;
+        }
         // Somebody the command left behind may hold the far side; what the command wrote has been read by then.
         quiet = exited && ready == 0 ? quiet + 1 : 0;
-        if (exited && (!open || quiet > 2)) {
+        if (exited && (!open || quiet > 2 || Clock::now() >= end)) {
             return status;
         }
         if (!open) {

@@ -97,6 +97,10 @@ void TestCFace::historyAndSize()
     QCOMPARE(m_cell(m_terminal, 4, 19), uint32_t{'x'});
     feed(std::string(50, '\n'));
     QCOMPARE(m_history(m_terminal), 5); // the limit
+    feed("\x1b[?1049h\n\n\n");
+    QCOMPARE(m_history(m_terminal), 5);
+    feed("\x1b[3J");
+    QCOMPARE(m_history(m_terminal), 0);
 }
 
 void TestCFace::repliesAreTakenInPieces()

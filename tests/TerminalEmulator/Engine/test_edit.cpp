@@ -11,6 +11,7 @@ private Q_SLOTS:
     void erasingTakesTheBackground();
     void rectanglesCanBeCheckedByChecksum();
     void attributesOfARectangleAndOfAStream();
+    void theStatusLineLeavesThePageAlone();
 };
 
 void TestEdit::leaves_data()
@@ -45,6 +46,10 @@ void TestEdit::leaves_data()
         "abcdefgh|irstuvop|qzABCDwx|y     EF");
     row("scroll left", TEXT "\x1b[2 @", "cdefgh|klmnop|stuvwx|ABCDEF");
     row("scroll right", TEXT "\x1b[2 A", "  abcdef|  ijklmn|  qrstuv|  yzABCD");
+    row("not from outside the margins", TEXT "\x1b[?69h\x1b[2;6s\x1b[2;3r\x1b[1;4H\x1b[ @\x1b[2;8H\x1b[ A",
+        "abcdefgh|ijklmnop|qrstuvwx|yzABCDEF");
+    row("inside them only what is there", TEXT "\x1b[?69h\x1b[2;6s\x1b[2;3r\x1b[2;4H\x1b[2 @",
+        "abcdefgh|ilmn  op|qtuv  wx|yzABCDEF");
     row("insert columns", TEXT "\x1b[2;4H\x1b[2'}", "abc  def|ijk  lmn|qrs  tuv|yzA  BCD");
     row("delete columns", TEXT "\x1b[2;4H\x1b[2'~", "abcfgh|ijknop|qrsvwx|yzADEF");
     row("selective erase spares what is protected", "ab\x1b[1\"qcd\x1b[0\"qef\x1b[?2K", "  cd");
@@ -113,6 +118,25 @@ void TestEdit::attributesOfARectangleAndOfAStream()
     QVERIFY(!scene.style(2, 4).has(vt::Style::Inverse));
     scene.feed("\x1b[1;2;2;3;7$t");
     QVERIFY(!scene.style(2, 1).has(vt::Style::Inverse));
+    // Without attributes it takes them off, and leaves the colours.
+    scene.feed("\x1b[H\x1b[1;4;31;42mx\x1b[1;1;1;1$r");
+    QVERIFY(!scene.style(1, 1).has(vt::Style::Bold));
+    QCOMPARE(scene.style(1, 1).underline, vt::Underline::None);
+    QCOMPARE(scene.style(1, 1).foreground, vt::Color::indexed(1));
+}
+
+void TestEdit::theStatusLineLeavesThePageAlone()
+{
+    Scene scene(8, 4);
+    scene.feed("abcdefgh\r\nijk\x1b[2$~\x1b[1$}");
+    scene.feed("text\u6f22\x1b[H\x1b[2Jmore\r\n\n\n\n\x1b[2;3r\x1b[?6h\x1b[?1049h\x1b[L\x1b[5 @\x1b[42$x\x1b#8\x1bM");
+    QCOMPARE(scene.screen(), "abcdefgh|ijk");
+    QCOMPARE(scene.cursor(), "2;4");
+    QVERIFY(!scene.terminal.isAlternateScreen());
+    scene.feed("\x1b[0$}l\x1b[1;1Hx");
+    QCOMPARE(scene.screen(), "xbcdefgh|ijkl");
+    scene.feed("\x1b[1$}lost\x1b[!py"); // a soft reset leaves it
+    QCOMPARE(scene.screen(), "xycdefgh|ijkl");
 }
 
 QTEST_GUILESS_MAIN(TestEdit)

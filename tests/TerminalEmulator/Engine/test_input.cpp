@@ -85,6 +85,12 @@ void TestInput::keys_data()
     row("modifyOtherKeys 1 leaves control letters", "\x1b[>4;1m", typed('i', Control, ""), "\\x09");
     row("modifyOtherKeys 2", "\x1b[>4;2m", typed('i', Control, ""), "^[[27;5;105~");
     row("modifyOtherKeys 2 enter", "\x1b[>4;2m", special(Key::Enter, Shift), "^[[27;2;13~");
+    row("modifyOtherKeys in the other form", "\x1b[>4;2m\x1b[>4;1f", typed('i', Control, ""), "^[[105;5u");
+    row("modifyCursorKeys 0", "\x1b[>1;0m", special(Key::Up, Shift), "^[[2A");
+    row("modifyCursorKeys 0 in application mode", "\x1b[?1h\x1b[>1;0m", special(Key::Up, Shift), "^[O2A");
+    row("modifyCursorKeys 3", "\x1b[>1;3m", special(Key::Up, Shift), "^[[>1;2A");
+    row("modifyFunctionKeys 1", "\x1b[>2;1m", special(Key::F1, Shift), "^[[2P");
+    row("modifyFunctionKeys off", "\x1b[>n", special(Key::F5, Shift), "^[[15~");
     row("progressive escape", "\x1b[>1u", special(Key::Escape), "^[[27u");
     row("progressive letter", "\x1b[>1u", typed('a'), "a");
     row("progressive control letter", "\x1b[>1u", typed('i', Control, ""), "^[[105;5u");

@@ -13,6 +13,7 @@ private Q_SLOTS:
     void stringsWithoutEnd();
     void hugeCounts();
     void manyTitlesAndLinks();
+    void linksWithoutEnd();
     void everythingFitsInOneCell();
 };
 
@@ -90,6 +91,29 @@ void TestLimits::manyTitlesAndLinks()
     QCOMPARE(scene.terminal.title(), std::string("19999"));
     QVERIFY(scene.terminal.marks().size() <= 20'000);
     QVERIFY(scene.terminal.takeEvents().size() <= 4096);
+}
+
+void TestLimits::linksWithoutEnd()
+{
+    // A long address of its own in each cell, and each stays in the scrollback.
+    Scene scene(80, 24, 10'000);
+    const std::string address = "http://host/" + std::string(8000, 'x');
+    for (int count = 0; count < 10'000; ++count) {
+        std::string bytes = "\x1b]8;id=";
+        bytes += std::to_string(count);
+        bytes += ';' + address + std::to_string(count) + "\x1b\\x";
+        scene.feed(bytes);
+    }
+    QVERIFY2(scene.terminal.memoryUse() < 24 << 20, qPrintable(QString::number(scene.terminal.memoryUse())));
+    vt::Line line;
+    QVERIFY(scene.terminal.line(scene.terminal.firstLine(), line));
+    QVERIFY(scene.terminal.link(scene.terminal.style(line.cells[0].style).link));
+    // With the text that held them gone, there is room again.
+    scene.feed("\x1b]8;;\x1b\\\x1b[2J\x1b[3J\x1b[H");
+    for (int count = 0; count < 1000; ++count) {
+        scene.feed("\x1b]8;;" + address + "\x1b\\x\b");
+    }
+    QVERIFY(scene.terminal.link(scene.style(1, 1).link));
 }
 
 void TestLimits::everythingFitsInOneCell()

@@ -18,6 +18,7 @@ private Q_SLOTS:
     void colouredRowsReachTheEdge();
     void theAlternateScreenIsOnlyCut();
     void selectionAndMarksMoveAlong();
+    void marksFollowTheirLines();
     void linesDropOffAtTheLimit();
 
 private:
@@ -188,6 +189,36 @@ void TestReflow::selectionAndMarksMoveAlong()
     QCOMPARE(scene.terminal.marks().at(0).position.line, 2);
     scene.feed("\r\n\r\n\r\n\r\n\r\n");
     QCOMPARE(scene.terminal.selectedText(), "word");
+}
+
+void TestReflow::marksFollowTheirLines()
+{
+    // Rows "0" to "5", a mark on "1" and "3"; the line each is on then, or nothing if it scrolled away.
+    const auto marked = [](std::string_view bytes) {
+        Scene scene(10, 6);
+        scene
+            .feed("0\r\n\x1b]133;A\x07"
+                  "1\r\n2\r\n\x1b]133;C\x07"
+                  "3\r\n4\r\n5")
+            .feed(bytes);
+        QByteArray out;
+        for (const vt::Mark &mark : scene.terminal.marks()) {
+            out += scene.lineText(mark.position.line) + mark.kind + ' ';
+        }
+        return out.trimmed();
+    };
+    QCOMPARE(marked(""), "1A 3C");
+    QCOMPARE(marked("\x1b[2;5r\x1b[5H\n"), "3C"); // a region that scrolls up
+    QCOMPARE(marked("\x1b[2;5r\x1b[2H\x1bM\x1bM"), "1A");
+    QCOMPARE(marked("\x1b[1H\x1b[L"), "1A 3C");
+    QCOMPARE(marked("\x1b[2H\x1b[M"), "3C");
+    QCOMPARE(marked("\x1b[1;3r\x1b[3H\n\n"), "1A 3C"); // into the history, and what is below stays
+    QCOMPARE(marked("\r\n\r\n\r\n\x1b[3J"), "3C");
+    QCOMPARE(marked("\x1b[2;3H\x1b]133;A\x07"), "1A 3C"); // drawn again
+    QCOMPARE(marked("\x1b[1H\x1b]133;D;0\x07"), "0D 1A 3C");
+    QCOMPARE(marked("\x1b"
+                    "c"),
+             "");
 }
 
 void TestReflow::linesDropOffAtTheLimit()

@@ -78,6 +78,10 @@ void TestReports::answers_data()
     row("\x1b[>5u\x1b[?u", "^[[?5u");
     row("\x1b[>5u\x1b[=8;2u\x1b[?u\x1b[<u\x1b[?u", "^[[?13u^[[?0u");
     row("\x1b[>4;2m\x1b[?4m", "^[[>4;2m");
+    row("\x1b[>1;0m\x1b[?1m\x1b[>1m\x1b[?1m\x1b[>n\x1b[?2m\x1b[>m\x1b[?2m\x1b[?9m", "^[[>1;0m^[[>1;2m^[[>2m^[[>2;2m");
+    row("\x1b[>4;1f\x1b[?4g\x1b[>f\x1b[?4g", "^[[>4;1f^[[>4;0f");
+    row("\x1bP$q*x\x1b\\\x1b[1*x\x1bP$q*x\x1b\\", "^[P1$r0*x^[\\^[P1$r1*x^[\\");
+    row("\x1b[?10$p\x1b[?1014h\x1b[?1014$p", "^[[?10;4$y^[[?1014;3$y");
     row("\x1b[4 tx\x1bP$q t\x1b\\", "^[P1$r4 t^[\\");
     row("\x1b[#P\x1b]4;1;#fff\x07\x1b[#Q\x1b[#R\x1b]4;1;?\x07", "^[[?0;0#Q^[]4;1;rgb:cdcd/0000/0000\\x07");
     row("\x1b[?60$p", "^[[?60;4$y");
@@ -115,6 +119,17 @@ void TestReports::titlesAreToldOnlyIfAllowed()
     // A title cannot carry anything that acts: control characters are no part of strings.
     open.feed("\x1b[>1T\x1b]2;a\rb\nc\x07");
     QCOMPARE(open.terminal.title(), std::string("abc"));
+    // Nor in hexadecimal, where a half pair or anything else makes no title at all.
+    open.feed("\x1b[>0t\x1b]2;41C2809B9C42\x07");
+    QCOMPARE(open.terminal.title(), std::string("A\ufffd\ufffdB"));
+    open.feed("\x1b]2;4\x07\x1b]2;4142434\x07\x1b]2;4g\x07\x1b]2;+1\x07");
+    QCOMPARE(open.terminal.title(), std::string("A\ufffd\ufffdB"));
+    std::string wide = "\x1b[>0T\x1b]2;a";
+    for (int count = 0; count < 2000; ++count) {
+        wide += "\u6f22";
+    }
+    open.feed(wide + "\x07");
+    QCOMPARE(open.terminal.title().size(), size_t{1 + 4095 / 3 * 3});
 }
 
 void TestReports::theClipboardIsShut()
@@ -167,6 +182,19 @@ void TestReports::sizeChangesAreAsked()
     free.feed("kept\x1b[?95h\x1b[?3l");
     QCOMPARE(free.terminal.columns(), 80);
     QCOMPARE(free.screen(), "kept");
+    // What maximizing remembers is void once the user has chosen a size.
+    free.feed("\x1b[9;1t");
+    QVERIFY(free.terminal.columns() > 80);
+    free.terminal.resize(70, 30);
+    free.feed("\x1b[9;0t");
+    QCOMPARE(free.terminal.columns(), 70);
+    free.feed("\x1b[9;1t\x1b"
+              "c\x1b[8;30;70t\x1b[9;0t");
+    QCOMPARE(free.terminal.columns(), 70);
+    options.mostColumns = 100;
+    Scene bounded(options);
+    bounded.feed("\x1b[8;20;999t");
+    QCOMPARE(bounded.terminal.columns(), 100);
 }
 
 void TestReports::repliesDoNotPileUp()

@@ -89,6 +89,10 @@ CASES = [
     ("DECFI at the edge shifts the page", r"\e[3;1H123\e[5;80H\e9", {"shows": {3: "23 "}}),
     ("SL shifts to the left", r"\e[3;1H12345\e[2 @", {"shows": {3: "345  "}}),
     ("SR shifts to the right", r"\e[3;1H12345\e[2 A", {"shows": {3: "  12345"}}),
+    ("SL and SR shift only what is inside the margins", r"\e[3;1H1234567890123\e[7;1H1234567890123" + BOX +
+     r"\e[4;7H\e[2 @\e[ A", {"at": "4;7", "shows": {3: "1234 7890 123", 7: "1234567890123"}}),
+    ("SL and SR outside the margins do nothing", r"\e[3;1H1234567890123" + BOX + r"\e[4;3H\e[2 @\e[8;7H\e[ A",
+     {"shows": {3: "1234567890123"}}),
     ("reverse wraparound goes to the right margin", BOX + r"\e[?45h\e[5;5H\b", {"at": "4;10"}),
     ("reverse wraparound stays between the margins", BOX + r"\e[?1045h\e[3;5H\b", {"at": "6;10"}),
     ("reverse wraparound from the edge left of the margins", BOX + r"\e[?45h\e[5;1H\b", {"at": "4;10"}),

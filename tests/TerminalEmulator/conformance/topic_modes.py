@@ -1,6 +1,7 @@
 """Modes: that they are known, change and are told (DECRQM), are saved, and do what they say."""
 
 ANSI = (2, 4, 12, 20)
+NEVER = (10, 13, 14, 38, 43, 46, 60, 80, 1070)
 ALWAYS_RESET = (1, 5, 7, 10, 11, 13, 14, 15, 16, 17, 18, 19)
 PRIVATE = (1, 4, 5, 6, 7, 8, 9, 12, 18, 19, 25, 30, 34, 35, 36, 40, 41, 42, 44, 45, 57, 61, 64, 66, 67, 68, 69, 73, 81,
            95, 96, 97, 98, 99, 100, 101, 102, 103, 104, 106, 1000, 1001, 1002, 1003, 1004, 1005, 1006, 1007, 1010, 1011,
@@ -25,6 +26,8 @@ CASES = [
     *[(f"mode {number} is always reset", rf"\e[{number}h", {"asks": [(rf"\e[{number}$p",
      rf"\e[{number};4$y")]}) for number in ALWAYS_RESET],
     *[settable(number, "?") for number in PRIVATE],
+    *[(f"mode ?{number} is always reset", rf"\e[?{number}h", {"asks": [(rf"\e[?{number}$p",
+     rf"\e[?{number};4$y")]}) for number in NEVER],
     ("DECCOLM can be set once it is allowed", r"\e[?40h", {"asks": settable(3, "?")[2]["asks"]}),
     ("DECANM is set", r"", {"asks": [(r"\e[?2$p", r"\e[?2;1$y")]}),
     ("an unknown mode is told so", r"\e[?9999h", {"asks": [(r"\e[?9999$p\e[99$p", r"\e[?9999;0$y\e[99;0$y")]}),

@@ -46,6 +46,8 @@ CASES = [
     ("titles", TITLES, {"asks": titles("one", "uno")}),
     ("one for both", OTHER, {"asks": titles("zwei", "zwei")}),
     ("a title has no controls", r"\e]2;a\rb\x0bc\e\\", {"asks": [(r"\e[21t", r"\e]labc\e\\")]}),
+    ("a title in broken hexadecimal is none", r"\e[>0t\e]2;6162\e\\\e]2;6z\e\\\e]2;616\e\\",
+     {"asks": [(r"\e[21t", r"\e]lab\e\\")]}),
     ("a title may have semicolons", r"\e]2;a;b\e\\", {"asks": [(r"\e[21t", r"\e]la;b\e\\")]}),
     ("a title in UTF-8", r"\e]2;\xc3\xa4\e\\", {"asks": [(r"\e[21t", r"\e]l\xc3\xa4\e\\")]}),
     ("hexadecimal in", r"\e[>0t\e]2;6162\e\\\e]1;61\e\\", {"asks": titles("ab", "a")}),
