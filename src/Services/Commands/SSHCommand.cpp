@@ -1,6 +1,14 @@
 #include "Services/Commands/SSHCommand.h"
 
+#include "Helpers/Secret.h"
 #include "Services/Commands/CommandSSHManager.h"
+
+BaseSSHCommand::~BaseSSHCommand()
+{
+    if (m_fields.isConfidential) {
+        wipe(m_fields.commandString);
+    }
+}
 
 QCoro::Task<CommandResult> BaseSSHCommand::execute(CommandSSHManager &manager, Server server) const
 {

@@ -65,6 +65,12 @@ public:
     {
     }
 
+    BaseSSHCommand(const BaseSSHCommand &) = default;
+    BaseSSHCommand(BaseSSHCommand &&) = default;
+    BaseSSHCommand &operator=(const BaseSSHCommand &) = delete;
+    BaseSSHCommand &operator=(BaseSSHCommand &&) = delete;
+    ~BaseSSHCommand() override; ///< wipes a confidential line
+
     QUuid id() const { return m_id; }
 
     QString description() const override { return m_fields.description; }

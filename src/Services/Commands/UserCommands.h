@@ -76,12 +76,10 @@ public:
                    QStringLiteral("echo '%1:%2' | sudo chpasswd").arg(quoteRule(username), quoteRule(password)),
                .isConfidential = true})
         , username(username)
-        , password(password)
     {
     }
 
     const QString username;
-    const QString password;
 };
 
 /// Adds an account to a supplementary group.

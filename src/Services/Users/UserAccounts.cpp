@@ -1,5 +1,6 @@
 #include "Services/Users/UserAccounts.h"
 
+#include "Helpers/Secret.h"
 #include "Services/Commands/CommandSSHManager.h"
 #include "Services/Commands/UserCommands.h"
 #include "Services/Users/UserParser.h"
@@ -76,6 +77,7 @@ QCoro::Task<std::optional<UserCreationError>> UserAccounts::createUser(CommandSS
     if (!user.password.isEmpty()) {
         steps.append(
             {UserCreationError::SetPassword, std::make_shared<SetUserPasswordCommand>(user.username, user.password)});
+        wipe(user.password);
     }
     if (user.addToSudoGroup) {
         steps.append({UserCreationError::AddToGroup,

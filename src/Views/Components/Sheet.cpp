@@ -102,11 +102,29 @@ QPushButton *Sheet::addButton(const QString &text, Side side, ButtonKind kind)
 void Sheet::setDefaultButton(QPushButton *button)
 {
     button->setDefault(true);
+    m_default = button;
 }
 
 void Sheet::setBusy(bool isBusy)
 {
     m_progress->setActive(isBusy);
+}
+
+void Sheet::setLocked(bool isLocked)
+{
+    QWidget *content = m_area->widget();
+    if (isLocked && content->isEnabled()) {
+        m_focusBefore = focusWidget();
+        if (m_default) {
+            m_default->setFocus(Qt::OtherFocusReason);
+        }
+        content->setEnabled(false);
+    } else if (!isLocked && !content->isEnabled()) {
+        content->setEnabled(true);
+        if (m_focusBefore) {
+            m_focusBefore->setFocus(Qt::OtherFocusReason);
+        }
+    }
 }
 
 void Sheet::reveal(QWidget *widget)

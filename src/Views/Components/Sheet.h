@@ -3,6 +3,8 @@
 #include "Views/Components/ModalWindow.h"
 #include "Views/Theme/TarnwellStyle.h"
 
+#include <QPointer>
+
 class ProgressLine;
 class QHBoxLayout;
 class QPushButton;
@@ -36,6 +38,9 @@ public:
     /// Something that the sheet asked for is under way: a line moves below the title.
     void setBusy(bool isBusy);
 
+    /// While what the body says is carried out it takes no input; the keyboard goes to the default button meanwhile.
+    void setLocked(bool isLocked);
+
     /// Scrolls so far that `widget`, a part of the body, can be seen.
     void reveal(QWidget *widget);
 
@@ -50,6 +55,8 @@ private:
     int heightAround() const; // of everything but the body
 
     int m_width;
+    QPushButton *m_default = nullptr;
+    QPointer<QWidget> m_focusBefore; // while the body is locked
     QWidget *m_title;
     ProgressLine *m_progress;
     QScrollArea *m_area;

@@ -225,16 +225,7 @@ void AddEditServerView::showActivity()
                     : activity == Activity::Saving     ? tr("Saving...")
                                                        : tr("Save"));
     m_save->setEnabled(!isLocked);
-    QWidget *form = body().parentWidget();
-    if (isLocked && form->isEnabled()) {
-        m_focusBefore = focusWidget();
-        form->setEnabled(false);
-    } else if (!isLocked && !form->isEnabled()) {
-        form->setEnabled(true);
-        if (m_focusBefore) {
-            m_focusBefore->setFocus(Qt::OtherFocusReason);
-        }
-    }
+    setLocked(isLocked);
 }
 
 void AddEditServerView::showNotices()

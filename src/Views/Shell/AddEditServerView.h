@@ -73,7 +73,6 @@ private:
     InlineNotice *m_notice = nullptr;
     QPushButton *m_test = nullptr;
     QPushButton *m_save = nullptr;
-    QPointer<QWidget> m_focusBefore; // while the form is locked
     QPointer<AlertDialog> m_errors;
     QPointer<AlertDialog> m_question;
     QPointer<QFileDialog> m_chooser;

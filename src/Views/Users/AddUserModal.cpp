@@ -1,6 +1,7 @@
 #include "Views/Users/AddUserModal.h"
 
 #include "Views/Components/AlertDialog.h"
+#include "Views/Components/ButtonProgress.h"
 #include "Views/Components/FormRow.h"
 #include "Views/Components/Labels.h"
 #include "Views/Users/AddUserViewModel.h"
@@ -46,9 +47,11 @@ void AddUserModal::addUserInformation()
     addHeading(tr("User Information"));
     m_username = addField(tr("Username:"), {}, &AddUserViewModel::username);
     addField(tr("Full Name:"), tr("Optional"), &AddUserViewModel::fullName);
-    addField(tr("Password:"), tr("Enter password"), &AddUserViewModel::password)->setEchoMode(QLineEdit::Password);
-    addField(tr("Confirm:"), tr("Confirm password"), &AddUserViewModel::confirmPassword)
-        ->setEchoMode(QLineEdit::Password);
+    for (QLineEdit *secret : {addField(tr("Password:"), tr("Enter password"), &AddUserViewModel::password),
+                              addField(tr("Confirm:"), tr("Confirm password"), &AddUserViewModel::confirmPassword)}) {
+        secret->setEchoMode(QLineEdit::Password);
+        connect(this, &QDialog::finished, secret, [secret] { secret->setText({}); }); // clear() keeps it for an undo
+    }
 }
 
 QCheckBox *AddUserModal::addOption(const QString &label, bool AddUserViewModel::*value)
@@ -79,14 +82,16 @@ void AddUserModal::addButtons()
 {
     connect(addButton(tr("Cancel"), Side::Right), &QPushButton::clicked, this, &QDialog::reject);
     m_create = addButton(tr("Create User"), Side::Right, ButtonKind::Primary);
+    m_progress = new ButtonProgress(theme(), *m_create);
     setDefaultButton(m_create);
     connect(m_create, &QPushButton::clicked, &m_model, &AddUserViewModel::createUser);
 }
 
 void AddUserModal::update()
 {
-    m_create->setEnabled(!m_model.isCreating() && !m_model.username.isEmpty());
-    setBusy(m_model.isCreating());
+    m_create->setEnabled(!m_model.username.isEmpty());
+    m_progress->setActive(m_model.isCreating());
+    setLocked(m_model.isCreating());
     if (m_question) {
         return;
     }

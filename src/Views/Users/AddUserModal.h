@@ -3,6 +3,7 @@
 #include "Views/Components/Sheet.h"
 
 class AddUserViewModel;
+class ButtonProgress;
 class QCheckBox;
 class QComboBox;
 class QLineEdit;
@@ -29,6 +30,7 @@ private:
 
     AddUserViewModel &m_model;
     QPushButton *m_create = nullptr;
+    ButtonProgress *m_progress = nullptr;
     QLineEdit *m_username = nullptr;
     QWidget *m_question = nullptr;
 };

@@ -100,24 +100,30 @@ void AddUserViewModel::create()
     whenDone(UserAccounts::createUser(m_server.manager, *record,
                                       {.username = username,
                                        .fullName = fullName,
-                                       .password = password,
+                                       .password = QString(password.constData(), password.size()), // a copy to wipe
                                        .createHomeDirectory = createHomeDirectory,
                                        .shell = selectedShell,
                                        .addToSudoGroup = addToSudoGroup,
                                        .enablePasswordlessSudo = enablePasswordlessSudo}),
-             this, [this](const std::optional<UserAccounts::UserCreationError> &error) {
-                 m_isCreating = false;
-                 if (m_isLeft) {
-                     deleteLater();
-                 }
-                 if (error) {
-                     fail(error->text);
-                     return;
-                 }
-                 clearPasswords();
-                 Q_EMIT changed();
-                 Q_EMIT created();
-             });
+             this, [this](const std::optional<UserAccounts::UserCreationError> &error) { finish(error); });
+}
+
+void AddUserViewModel::finish(const std::optional<UserAccounts::UserCreationError> &error)
+{
+    m_isCreating = false;
+    if (m_isLeft) {
+        deleteLater();
+    }
+    if (error) {
+        fail(error->text);
+        if (m_isLeft) {
+            Q_EMIT failedUnseen(username, m_errorMessage);
+        }
+        return;
+    }
+    clearPasswords();
+    Q_EMIT changed();
+    Q_EMIT created();
 }
 
 void AddUserViewModel::fail(const QString &message)

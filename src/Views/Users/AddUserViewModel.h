@@ -39,7 +39,8 @@ public:
     /// The answer to it; no goes back to the form.
     void answerSudoersQuestion(bool goesOn);
 
-    /// The form is closed: forgets the passwords, and goes away as soon as no account is being made any more.
+    /// The form is closed: forgets the passwords, and goes away as soon as no account is being made any more. A
+    /// failure of that is told by failedUnseen().
     void leave();
 
     // What the form's fields write.
@@ -62,11 +63,15 @@ Q_SIGNALS:
     /// The account is there: the form is done.
     void created();
 
+    /// The making of `account` failed when the form was closed already; steps that were done stay done.
+    void failedUnseen(const QString &account, const QString &message);
+
 private:
     QString complaint() const;
     void clearPasswords();
     void fail(const QString &message);
     void create();
+    void finish(const std::optional<UserAccounts::UserCreationError> &error);
 
     MonitoredServer m_server;
     bool m_isCreating = false;

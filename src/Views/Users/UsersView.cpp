@@ -1,5 +1,6 @@
 #include "Views/Users/UsersView.h"
 
+#include "Views/Components/AlertDialog.h"
 #include "Views/Components/SectionHeader.h"
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/TarnwellStyle.h"
@@ -30,6 +31,14 @@ UsersView::UsersView(const Theme &theme, UsersViewModel &model, QWidget *parent)
     m_addUser->setIcon(Icons::icon(IconName::Add, theme, &onAccentColor));
     header().addControl(m_addUser);
     connect(m_addUser, &QPushButton::clicked, this, &UsersView::addUser);
+    connect(&model, &UsersViewModel::creationFailed, this, [this](const QString &account, const QString &message) {
+        auto *alert = new AlertDialog(m_theme,
+                                      {.title = AddUserModal::tr("Error Creating User"),
+                                       .text = tr("User '%1': %2").arg(account, message),
+                                       .buttons = {{AddUserModal::tr("OK")}}},
+                                      this);
+        alert->open();
+    });
 }
 
 void UsersView::addUser()

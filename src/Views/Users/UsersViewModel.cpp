@@ -74,6 +74,7 @@ AddUserViewModel *UsersViewModel::addUserForm()
 {
     auto *form = new AddUserViewModel(monitored(), this);
     connect(form, &QObject::destroyed, this, &UsersViewModel::refreshUsers);
+    connect(form, &AddUserViewModel::failedUnseen, this, &UsersViewModel::creationFailed);
     return form;
 }
 

@@ -25,7 +25,7 @@ public:
     const UserInfo *selectedUser() const { return m_table.selected(); }
 
     /// A form for another account, which ends with leave(); an account that is being made then is made to its end.
-    /// After it the list is read again.
+    /// After it the list is read again; what went wrong with it is told by creationFailed().
     AddUserViewModel *addUserForm();
 
     /// Neither of the system nor the account of the connection.
@@ -37,6 +37,10 @@ public:
 public Q_SLOTS:
 
     void refreshUsers() { refresh(); }
+
+Q_SIGNALS:
+    /// An account was not made as its form wanted, which is closed already.
+    void creationFailed(const QString &account, const QString &message);
 
 protected:
     void read(const Server &server) override;

@@ -42,6 +42,7 @@ private Q_SLOTS:
     void aFailedStep();
     void onceAtATime();
     void goneInTheMiddle();
+    void aFailureBehindAClosedForm();
     void secrets();
 
 private:
@@ -171,6 +172,23 @@ void TestAddUserViewModel::goneInTheMiddle()
     m_model.reset();
     m_fixture->scripted.release();
     QCOMPARE(lines().size(), 3); // what was begun is done to its end
+}
+
+void TestAddUserViewModel::aFailureBehindAClosedForm()
+{
+    auto *form = m_model.release();
+    QSignalSpy failed(form, &AddUserViewModel::failedUnseen);
+    QSignalSpy gone(form, &QObject::destroyed);
+    form->password = form->confirmPassword = u"secret"_s;
+    m_refused = u"chpasswd"_s;
+    m_fixture->scripted.hold();
+    form->createUser();
+    form->leave();
+    QVERIFY(form->password.isEmpty() && failed.isEmpty());
+    m_fixture->scripted.release();
+    QVERIFY(lines().last().contains(u"secret"_s)); // what the task holds is its own
+    QCOMPARE(failed.value(0), (QVariantList{u"eve"_s, u"no"_s}));
+    QTRY_COMPARE(gone.count(), 1);
 }
 
 void TestAddUserViewModel::secrets()

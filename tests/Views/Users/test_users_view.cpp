@@ -2,6 +2,7 @@
 #include "Views/Questions.h"
 #include "Views/SectionFixture.h"
 
+#include "Views/Components/ButtonProgress.h"
 #include "Views/Components/StatePage.h"
 #include "Views/Components/Table/RecordTable.h"
 #include "Views/Components/Table/RowActions.h"
@@ -135,13 +136,30 @@ void TestUsersView::closedInTheMiddle()
     view.addButton().click();
     Form form(view);
     form.type(u"Username"_s, u"eve"_s);
+    fixture.scripted.setAnswer([](const QString &line) {
+        return line.contains(u"useradd"_s) ? CommandResult{{}, "the disk is full\n", 12, line}
+                                           : ScriptedServer::said("SUDO_TEST_OK");
+    });
+    fixture.scripted.hold();
+    form.click(u"Create User"_s);
+    const auto *field = form.sheet->findChild<QLineEdit *>();
+    const auto *progress = form.sheet->findChild<ButtonProgress *>();
+    QVERIFY(!field->isEnabled() && progress->isActive());
+    form.click(u"Create User"_s);
+    QCOMPARE(fixture.scripted.lines().size(), 1);
+    fixture.scripted.release();
+    QVERIFY(field->isEnabled() && !progress->isActive());
+    QVERIFY(answerQuestion(view, u"OK"_s));
+
     fixture.scripted.hold();
     form.click(u"Create User"_s);
     form.click(u"Cancel"_s);
     QTRY_VERIFY(!view.findChild<AddUserModal *>());
     QVERIFY(!fixture.scripted.lines().contains(u"cat /etc/passwd"_s));
     fixture.scripted.release();
-    QTRY_COMPARE(fixture.scripted.lines().last(), u"cat /etc/passwd"_s); // the new account is shown all the same
+    const auto *alert = view.findChild<AlertDialog *>(); // what nobody waits for is told all the same
+    QVERIFY(alert && alert->accessibleDescription() == u"User 'eve': the disk is full"_s);
+    QTRY_COMPARE(fixture.scripted.lines().last(), u"cat /etc/passwd"_s);
 }
 
 void TestUsersView::anAccountFromItsBeginToItsEnd_data()
