@@ -34,47 +34,68 @@ void ScreenImage::move(int64_t rows, int height)
     }
 }
 
-QRegion ScreenImage::update(const Terminal &terminal, CellFont &font, RowPainter &painter, int64_t top,
-                            const Damage &damage, const Marks &marks)
+/// Makes the picture one of the rows from `top`, in which all that changed is dirty; true if what it holds moved.
+bool ScreenImage::arrange(const Terminal &terminal, const CellFont &font, int64_t top, const Damage &damage,
+                          QRgb ground)
 {
     const int height = font.height();
     const QSize size(terminal.columns() * font.width(), terminal.rows() * height);
     if (m_image.size() != size) {
         m_image = QImage(size, QImage::Format_RGB32);
+        m_image.fill(ground);
         m_valid = false;
     }
     const bool alternate = terminal.isAlternateScreen();
     const bool same = m_valid && !damage.all && m_reflows == terminal.reflowCount() && m_alternate == alternate;
-    QRegion changed;
-    if (!same) {
-        m_rows.assign(static_cast<size_t>(terminal.rows()), Row());
-    } else {
-        // On the alternate screen lines keep their numbers and their text moves.
-        const int64_t moved = alternate ? damage.scrolled : top - m_top;
-        move(moved, height);
-        for (const int row : damage.rows) {
-            const int64_t at = terminal.screenTop() + row - top;
-            if (at >= 0 && at < terminal.rows()) {
-                m_rows[static_cast<size_t>(at)].isDirty = true;
-            }
-        }
-        if (moved != 0) {
-            changed = m_image.rect();
-        }
-    }
+    // On the alternate screen lines keep their numbers and their text moves.
+    const int64_t moved = !same ? 0 : alternate ? damage.scrolled : top - m_top;
     m_top = top;
     m_reflows = terminal.reflowCount();
     m_alternate = alternate;
     m_valid = true;
+    if (!same) {
+        m_rows.assign(static_cast<size_t>(terminal.rows()), Row());
+        return false;
+    }
+    move(moved, height);
+    for (const int row : damage.rows) {
+        const int64_t at = terminal.screenTop() + row - top;
+        if (at >= 0 && at < terminal.rows()) {
+            m_rows[static_cast<size_t>(at)].isDirty = true;
+        }
+    }
+    return moved != 0;
+}
+
+QRegion ScreenImage::update(const Terminal &terminal, CellFont &font, RowPainter &painter, int64_t top,
+                            const Damage &damage, const Marks &marks, QDeadlineTimer until)
+{
+    const int count = terminal.rows();
+    const int height = font.height();
+    const bool moved = arrange(terminal, font, top, damage, painter.defaultBackground());
+    QRegion changed = moved ? QRegion(m_image.rect()) : QRegion();
     QPainter canvas(&m_image);
-    for (int row = 0; row < terminal.rows(); ++row) {
+    const auto cursor = static_cast<int>(terminal.screenTop() + terminal.cursor().row - top);
+    const int from = m_next < count ? m_next : 0;
+    bool drewOthers = false;
+    m_isComplete = true;
+    m_next = 0;
+    for (int step = cursor < count ? -1 : 0; step < count; ++step) {
+        const int row = step < 0 ? cursor : (from + step) % count;
         Row &each = m_rows[static_cast<size_t>(row)];
         std::vector<RowMark> now = marks(top + row);
-        if (each.isDirty || now != each.marks) {
-            each.marks = std::move(now);
-            drawRow(canvas, terminal, painter, row, height);
-            changed += QRect(0, row * height, size.width(), height);
+        if (!each.isDirty && now == each.marks) {
+            continue;
         }
+        if (drewOthers && until.hasExpired()) {
+            m_isComplete = false;
+            m_next = row;
+            break;
+        }
+        each.marks = std::move(now);
+        drawRow(canvas, terminal, painter, row, height);
+        changed += QRect(0, row * height, m_image.width(), height);
+        drewOthers = drewOthers || step >= 0;
     }
     return changed;
 }

@@ -2,6 +2,7 @@
 
 #include "TerminalEmulator/View/RowPainter.h"
 
+#include <QDeadlineTimer>
 #include <QImage>
 #include <QRegion>
 
@@ -22,9 +23,13 @@ public:
     void invalidate() { m_valid = false; }
 
     /// Draws what changed so that row 0 is line `top`, and returns which part of the picture is different, in device
-    /// pixels.
+    /// pixels. Begins with the row of the cursor. After `until` the rest is left for the next time, which goes on
+    /// from there; each time draws at least one row.
     QRegion update(const Terminal &terminal, CellFont &font, RowPainter &painter, int64_t top, const Damage &damage,
-                   const Marks &marks);
+                   const Marks &marks, QDeadlineTimer until = QDeadlineTimer::Forever);
+
+    /// Whether the last update() left nothing.
+    bool isComplete() const { return m_isComplete; }
 
     /// Marks rows that hold blinking text to be drawn again; false if there are none.
     bool touchBlinking();
@@ -43,6 +48,7 @@ private:
         bool isDirty = true;
     };
 
+    bool arrange(const Terminal &terminal, const CellFont &font, int64_t top, const Damage &damage, QRgb ground);
     void move(int64_t rows, int height);
     void drawRow(QPainter &painter, const Terminal &terminal, RowPainter &rows, int row, int height);
 
@@ -53,6 +59,8 @@ private:
     uint32_t m_reflows = 0;
     bool m_alternate = false;
     bool m_valid = false;
+    bool m_isComplete = true;
+    int m_next = 0; ///< where drawing goes on
 };
 
 } // namespace vt

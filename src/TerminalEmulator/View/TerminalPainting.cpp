@@ -50,7 +50,7 @@ void addMark(std::vector<RowMark> &marks, int64_t line, int columns, Position fi
 /// Nobody reads a flood: its frames leave most of the time to taking it in.
 int TerminalWidget::State::frameInterval() const
 {
-    if (!feeder.isFlooded()) {
+    if (!isFlooded && !feeder.isFlooded()) {
         return FrameInterval;
     }
     return static_cast<int>(std::clamp<qint64>(frameCost * FrameShare / 1'000'000, FrameInterval, SlowestFrame));
@@ -85,6 +85,16 @@ void TerminalWidget::State::frame()
         frameTimer.start(static_cast<int>(std::max<qint64>(1, SyncTimeout - heldBack.elapsed())));
         return;
     }
+    // More than anybody reads: several screens of it came since the last frame.
+    isFlooded = taken > FloodScreens * terminal.columns() * terminal.rows();
+    taken = 0;
+    draw(QDeadlineTimer(SliceTime, Qt::PreciseTimer));
+}
+
+/// Draws what changed. What is not drawn after `until` is drawn by the next frame, which comes as soon as everything
+/// else had its turn.
+void TerminalWidget::State::draw(QDeadlineTimer until)
+{
     sinceFrame.start();
     const int64_t shown = screen.top();
     const Damage damage = terminal.takeDamage();
@@ -92,10 +102,17 @@ void TerminalWidget::State::frame()
     if (finder.isActive()) {
         shownHits = terminal.hits(topLine(), topLine() + terminal.rows() - 1);
     }
-    const QRegion changed =
-        screen.update(terminal, *cells, *painter, topLine(), damage, [this](int64_t line) { return marks(line); });
-    if (!changed.isEmpty()) {
-        widget->update(toWidget(changed.translated(gridRect().topLeft())));
+    unseen += screen.update(
+        terminal, *cells, *painter, topLine(), damage, [this](int64_t line) { return marks(line); }, until);
+    if (!screen.isComplete()) {
+        frameTimer.start(isFlooded ? frameInterval() : 0);
+    }
+    // What is drawn in slices is shown as one, unless that takes too long.
+    if (screen.isComplete() || isFlooded || (sinceWhole.isValid() && sinceWhole.elapsed() > LongestSlices)) {
+        sinceWhole.invalidate();
+        widget->update(toWidget(std::exchange(unseen, {}).translated(gridRect().topLeft())));
+    } else if (!sinceWhole.isValid()) {
+        sinceWhole.start();
     }
     // The margins are of the screen's colour, which the application may set.
     if (const QRgb now = painter->defaultBackground(); std::exchange(ground, now) != now) {

@@ -177,6 +177,7 @@ void TerminalWidget::State::consume(std::string_view bytes)
             size = end != std::string_view::npos ? end + EndOfHolding.size() : size;
         }
         terminal.feed(bytes.substr(0, size));
+        taken += static_cast<qsizetype>(size);
         bytes.remove_prefix(size);
         if (heldBack.isValid() && !terminal.isSynchronizing() && sinceFrame.elapsed() >= FrameInterval) {
             frame();
@@ -430,7 +431,9 @@ void TerminalWidget::State::applyColors()
 void TerminalWidget::redisplay()
 {
     m_state->invalidate();
-    update();
+    if (isVisible()) {
+        m_state->draw(QDeadlineTimer::Forever);
+    }
 }
 
 // ---- search ------------------------------------------------------------------------------------------------------

@@ -20,13 +20,16 @@ namespace vt
 
 /// What a TerminalWidget is made of.
 struct TerminalWidget::State {
-    static constexpr int SyncTimeout = 150;   ///< milliseconds the application may hold its output back
-    static constexpr int SlowestFrame = 250;  ///< milliseconds between frames during a flood
-    static constexpr int FrameShare = 4;      ///< of that time frames take one part at most
-    static constexpr int ResizeDelay = 25;    ///< milliseconds a size must stand before it counts
-    static constexpr int BellDuration = 100;  ///< milliseconds of the visual bell
-    static constexpr int SelectInterval = 40; ///< milliseconds between two steps of scrolling while selecting
-    static constexpr int BellPause = 600;     ///< milliseconds between two of them
+    static constexpr int SyncTimeout = 150;      ///< milliseconds the application may hold its output back
+    static constexpr int SlowestFrame = 250;     ///< milliseconds between frames during a flood
+    static constexpr int FrameShare = 8;         ///< of that time frames take one part at most
+    static constexpr int SliceTime = 7;          ///< milliseconds a frame draws before it leaves the rest to the next
+    static constexpr int LongestSlices = 40;     ///< milliseconds until a frame in slices is shown as far as it is
+    static constexpr qsizetype FloodScreens = 4; ///< bytes for each cell between two frames that nobody can read
+    static constexpr int ResizeDelay = 25;       ///< milliseconds a size must stand before it counts
+    static constexpr int BellDuration = 100;     ///< milliseconds of the visual bell
+    static constexpr int SelectInterval = 40;    ///< milliseconds between two steps of scrolling while selecting
+    static constexpr int BellPause = 600;        ///< milliseconds between two of them
 
     explicit State(TerminalWidget *owner);
 
@@ -48,6 +51,7 @@ struct TerminalWidget::State {
     // ---- frames and painting, in TerminalPainting.cpp
     void requestFrame();
     void frame();
+    void draw(QDeadlineTimer until);
     int frameInterval() const;
     void invalidate();
     void paint(QPainter &painter, const QRegion &region);
@@ -108,8 +112,12 @@ struct TerminalWidget::State {
 
     QTimer frameTimer;
     QElapsedTimer sinceFrame;
-    qint64 frameCost = 0;   ///< nanoseconds of the last frame and its painting
-    QElapsedTimer heldBack; ///< runs while the application holds its output back
+    qsizetype taken = 0;      ///< bytes since the last frame
+    bool isFlooded = false;   ///< at the last frame
+    QElapsedTimer sinceWhole; ///< runs while a frame is drawn in slices
+    QRegion unseen;           ///< drawn, but not shown yet; device pixels, from the grid's corner
+    qint64 frameCost = 0;     ///< nanoseconds of the last frame and its painting
+    QElapsedTimer heldBack;   ///< runs while the application holds its output back
     QTimer resizeTimer;
     QBasicTimer blinkTimer;
     bool blinkPhase = true; ///< shown

@@ -2,6 +2,8 @@
 
 #include "TerminalEmulator/View/ViewFixture.h"
 
+#include "TerminalEmulator/View/ScreenImage.h"
+
 #include <QElapsedTimer>
 #include <QImage>
 #include <QScreen>
@@ -29,6 +31,8 @@ private Q_SLOTS:
     void drawsEachAttributeInItsWay();
     void keepsColoursLegible();
     void paintsItsMarginsInTheScreensColour();
+    void drawsInSlices();
+    void completesThePictureAfterAFlood();
 };
 
 void TestTerminalView::worksWithoutParentAndSize()
@@ -333,6 +337,84 @@ void TestTerminalView::paintsItsMarginsInTheScreensColour()
     QCOMPARE(corner(), QColor(Qt::white));
     fixture.view.feed("\x1b[?5l\x1b]111\a");
     QCOMPARE(corner(), QColor(Qt::black));
+}
+
+/// Rows of characters no font was asked for yet.
+static QByteArray ideographs(int from, int rows, int columns)
+{
+    QString text;
+    for (int each = 0; each < rows * columns / 2; ++each) {
+        text += QChar(static_cast<char16_t>(0x4e00 + (from + each) % 0x5000));
+    }
+    return text.toUtf8();
+}
+
+/// Out of time, a picture gets the row of the cursor and one more, and in the end all of them.
+void TestTerminalView::drawsInSlices()
+{
+    constexpr int Rows = 12;
+    vt::Options options;
+    options.columns = 40;
+    options.rows = Rows;
+    vt::Terminal terminal(options);
+    const QFont face(QStringLiteral("DejaVu Sans Mono"), 10);
+    vt::CellFont font(face, 1, 1);
+    const vt::ViewColors colors;
+    vt::RowPainter painter(terminal, font, colors);
+    const auto noMarks = [](int64_t) { return std::vector<vt::RowMark>(); };
+    vt::ScreenImage sliced;
+    const auto slice = [&] {
+        return sliced.update(terminal, font, painter, terminal.screenTop(), terminal.takeDamage(), noMarks,
+                             QDeadlineTimer(0));
+    };
+    const auto whole = [&] {
+        vt::ScreenImage image;
+        image.update(terminal, font, painter, terminal.screenTop(), {}, noMarks);
+        return image.image();
+    };
+    terminal.feed(ideographs(0, Rows, 40).toStdString() + "\x1b[7;1H");
+    const QRect first = slice().boundingRect();
+    QVERIFY(first.contains(QPoint(0, 6 * font.height())));
+    int slices = 1;
+    for (; !sliced.isComplete() && slices < 100; ++slices) {
+        QVERIFY(slice().rectCount() <= 2);
+    }
+    QCOMPARE(slices, Rows - 1);
+    QCOMPARE(sliced.image(), whole());
+    // Text that moves on between slices leaves nothing wrong behind.
+    terminal.feed("\x1b[12;1H");
+    for (int line = 0; line < 40; ++line) {
+        terminal.feed("\r\n" + std::to_string(line) + ideographs(line * 7, 1, 30).toStdString());
+        slice();
+    }
+    QVERIFY(!sliced.isComplete());
+    for (slices = 0; !sliced.isComplete() && slices < 100; ++slices) {
+        slice();
+    }
+    QCOMPARE(sliced.image(), whole());
+}
+
+void TestTerminalView::completesThePictureAfterAFlood()
+{
+    ViewFixture fixture;
+    fixture.view.resizeGrid(100, 40);
+    fixture.view.resize(fixture.view.sizeHint());
+    qint64 longest = 0;
+    QElapsedTimer turn;
+    for (int screen = 0; screen < 12; ++screen) {
+        fixture.view.feed("\x1b[3" + QByteArray::number(screen % 8) + 'm' + ideographs(screen * 900, 40, 100));
+        turn.start();
+        QCoreApplication::processEvents();
+        longest = std::max(longest, turn.elapsed());
+    }
+    fixture.view.feed("\x1b[m\x1b[?25lthe end");
+    fixture.view.flushOutput();
+    QTest::qWait(500);
+    const QImage shown = fixture.view.screen()->grabWindow(fixture.view.winId()).toImage();
+    fixture.view.redisplay();
+    QCOMPARE(shown, fixture.view.grab().toImage());
+    // Many times what is meant, for a slow build on a busy machine.
+    QVERIFY2(longest < 500, qPrintable(QString::number(longest)));
 }
 
 QTEST_MAIN(TestTerminalView)
