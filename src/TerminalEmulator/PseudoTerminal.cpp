@@ -106,6 +106,8 @@ int PseudoTerminal::open(int columns, int rows)
 void PseudoTerminal::close()
 {
     closeSlave();
+    m_ahead.reset(); // before its descriptor goes
+    m_isReadingAhead = false;
     if (m_master >= 0) {
         ::close(m_master);
         m_master = -1;
@@ -177,8 +179,30 @@ int PseudoTerminal::spawn(const Command &command)
     return 0;
 }
 
+void PseudoTerminal::readAhead()
+{
+    if (!m_ahead && m_master >= 0) {
+        m_ahead = ReadAhead::of(m_master);
+        m_isReadingAhead = m_ahead != nullptr;
+    }
+}
+
+void PseudoTerminal::endReadAhead()
+{
+    if (m_isReadingAhead) {
+        m_ahead->stop();
+        m_isReadingAhead = false;
+    }
+}
+
 ssize_t PseudoTerminal::read(char *buffer, size_t size)
 {
+    if (m_ahead) {
+        const ssize_t held = m_ahead->read(buffer, size);
+        if (held >= 0 || m_isReadingAhead) {
+            return held;
+        }
+    }
     while (true) {
         const ssize_t count = ::read(m_master, buffer, size);
         if (count >= 0) {

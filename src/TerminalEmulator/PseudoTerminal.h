@@ -1,6 +1,9 @@
 #pragma once
 
+#include "TerminalEmulator/ReadAhead.h"
+
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -33,7 +36,8 @@ public:
     int open(int columns, int rows);
     void close();
 
-    /// The near descriptor, to be watched for reading (and for writing while hasPending()); -1 if closed.
+    /// The near descriptor, to be watched for writing while hasPending(), and for reading unless readAhead() was
+    /// called; -1 if closed.
     int master() const { return m_master; }
 
     /// The far descriptor, for a child started otherwise; close it with closeSlave() once the child has it.
@@ -50,6 +54,15 @@ public:
     int spawn(const Command &command);
 
     pid_t child() const { return m_child; }
+
+    /// From now on output is read by a thread, up to ReadAhead::MaxHeld bytes ahead of read(): a child that writes
+    /// much does not wait for what is done with it. Nothing happens if the system has no thread to give.
+    void readAhead();
+    /// Ends that. What was read so far still comes first.
+    void endReadAhead();
+
+    /// To be watched for reading, instead of master(). Another one after readAhead() and endReadAhead().
+    int readable() const { return m_isReadingAhead ? m_ahead->descriptor() : m_master; }
 
     /// Reads what is there, at most `size` bytes: the count, 0 at the end (also when the last child closed its side),
     /// or -1 with nothing to read now.
@@ -68,6 +81,8 @@ private:
     int m_master = -1;
     int m_slave = -1;
     pid_t m_child = -1;
+    std::unique_ptr<ReadAhead> m_ahead;
+    bool m_isReadingAhead = false;
     std::string m_pending;
     size_t m_sent = 0;
 };

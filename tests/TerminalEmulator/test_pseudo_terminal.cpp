@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QTest>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -22,6 +23,8 @@ private Q_SLOTS:
     void aParentWithoutItsDescriptorsGivesThemToItsChild();
     void whatCannotStartSaysWhy();
     void aChildThatDoesNotReadBlocksNobody();
+    void readsAheadOfItsUser();
+    void readingAheadEndsAtAnyTime();
     void vtHostAnswersAndEndsLikeItsCommand();
 
 private:
@@ -139,6 +142,87 @@ void TestPseudoTerminal::aChildThatDoesNotReadBlocksNobody()
     bool ended = false;
     QTRY_VERIFY((ended = ended || pty.hasExited(status)));
     QCOMPARE(WTERMSIG(status), SIGKILL);
+}
+
+/// Everything up to the end, as it comes.
+static QByteArray readAll(vt::PseudoTerminal &pty)
+{
+    QByteArray out;
+    char buffer[10'000];
+    while (true) {
+        struct pollfd watched = {pty.readable(), POLLIN, 0};
+        if (::poll(&watched, 1, 10'000) <= 0) {
+            return "timeout";
+        }
+        const ssize_t count = pty.read(buffer, sizeof buffer);
+        if (count == 0) {
+            return out;
+        }
+        out.append(buffer, std::max<qsizetype>(count, 0));
+    }
+}
+
+static QByteArray numbers(int last)
+{
+    QByteArray out;
+    for (int each = 1; each <= last; ++each) {
+        out += QByteArray::number(each) + '\n';
+    }
+    return out;
+}
+
+void TestPseudoTerminal::readsAheadOfItsUser()
+{
+    // What fits is taken from a child although nobody reads it; then the child waits. All of it comes, in order.
+    for (const auto &[last, fits] : {std::pair{100'000, true}, std::pair{500'000, false}}) {
+        vt::PseudoTerminal pty;
+        QCOMPARE(pty.open(80, 24), 0);
+        QCOMPARE(pty.spawn({"/bin/sh", {"-c", "stty -opost; exec seq " + std::to_string(last)}, {}, {}}), 0);
+        pty.readAhead();
+        int status = 0;
+        QCOMPARE(QTest::qWaitFor([&] { return pty.hasExited(status); }, fits ? 10'000 : 500), fits);
+        QVERIFY(readAll(pty) == numbers(last));
+        QCOMPARE(pty.read(nullptr, 0), 0);
+    }
+    // One who is told takes what is there, and is told again only of more.
+    vt::PseudoTerminal pty;
+    QCOMPARE(pty.open(80, 24), 0);
+    QCOMPARE(pty.spawn({"/bin/sh", {"-c", "stty -echo; echo one; read x; echo two; read x"}, {}, {}}), 0);
+    pty.readAhead();
+    for (const char *each : {"one\r\n", "two\r\n"}) {
+        struct pollfd watched = {pty.readable(), POLLIN, 0};
+        QCOMPARE(::poll(&watched, 1, 10'000), 1);
+        char buffer[100];
+        QCOMPARE(pty.read(buffer, sizeof buffer), 5);
+        QCOMPARE(QByteArray(buffer, 5), each);
+        QCOMPARE(::poll(&watched, 1, 20), 0);
+        QCOMPARE(pty.read(buffer, sizeof buffer), -1);
+        QVERIFY(pty.write("\n"));
+    }
+}
+
+void TestPseudoTerminal::readingAheadEndsAtAnyTime()
+{
+    for (int wait = 0; wait < 12; ++wait) {
+        vt::PseudoTerminal pty;
+        QCOMPARE(pty.open(80, 24), 0);
+        QCOMPARE(pty.spawn({"/bin/sh", {"-c", "stty -opost; exec seq 400000"}, {}, {}}), 0);
+        pty.readAhead();
+        QTest::qSleep(5 * wait);
+        pty.endReadAhead();
+        QVERIFY(readAll(pty) == numbers(400'000));
+    }
+    for (int wait = 0; wait < 12; ++wait) {
+        vt::PseudoTerminal pty;
+        QCOMPARE(pty.open(80, 24), 0);
+        QCOMPARE(pty.spawn({"/usr/bin/yes", {}, {}, {}}), 0);
+        pty.readAhead();
+        QTest::qSleep(3 * wait);
+        pty.close();
+        QCOMPARE(pty.readable(), -1);
+        int status = 0;
+        QTRY_VERIFY(pty.hasExited(status));
+    }
 }
 
 void TestPseudoTerminal::vtHostAnswersAndEndsLikeItsCommand()

@@ -22,7 +22,8 @@ namespace
 constexpr int kMaxCells = 1'000;
 constexpr int kMaxIterations = 1'000;
 constexpr qsizetype kBlock = 65'536;
-constexpr qsizetype kMostAtOnce = 1'048'576; // of one turn of the event loop
+constexpr qsizetype kMostAtOnce = 1'048'576;         // of one turn of the event loop
+constexpr qsizetype kMostAtTheEnd = 2 * kMostAtOnce; // read ahead already, and kept by the system
 constexpr qsizetype kMostReplies = 65'536;
 
 constexpr QByteArrayView kReplacement = "\uFFFD";
@@ -234,8 +235,8 @@ void HostedSSHManager::handleProcessTermination()
     if (m_connectionState == TerminalConnectionState::disconnected) {
         return;
     }
-    // What the client wrote last. No more than the system keeps of it: an heir of the client may write for ever.
-    m_sshProcess->read(m_pendingUTF8Data, kMostAtOnce);
+    // What the client wrote last, but no more: an heir of the client may write for ever.
+    m_sshProcess->read(m_pendingUTF8Data, kMostAtTheEnd);
     emitPendingOutput(true);
     closeTerminal();
     if (m_outputHandler) {

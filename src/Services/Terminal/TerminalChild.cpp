@@ -99,12 +99,10 @@ int TerminalChild::start(const QString &program, const QStringList &arguments, c
         return error;
     }
     m_pid = m_terminal->child();
-    const int master = m_terminal->master();
-    m_readable = new QSocketNotifier(master, QSocketNotifier::Read, this);
-    m_readable->setEnabled(false);
-    m_writable = new QSocketNotifier(master, QSocketNotifier::Write, this);
+    m_terminal->readAhead();
+    watchOutput(false);
+    m_writable = new QSocketNotifier(m_terminal->master(), QSocketNotifier::Write, this);
     m_writable->setEnabled(false);
-    connect(m_readable, &QSocketNotifier::activated, this, &TerminalChild::readable);
     connect(m_writable, &QSocketNotifier::activated, this, &TerminalChild::sendPending);
     watchExit();
     return 0;
@@ -113,6 +111,13 @@ int TerminalChild::start(const QString &program, const QStringList &arguments, c
 int TerminalChild::descriptor() const
 {
     return m_terminal->master();
+}
+
+void TerminalChild::watchOutput(bool isReading)
+{
+    m_readable = new QSocketNotifier(m_terminal->readable(), QSocketNotifier::Read, this);
+    m_readable->setEnabled(isReading);
+    connect(m_readable, &QSocketNotifier::activated, this, &TerminalChild::readable);
 }
 
 void TerminalChild::watchExit()
@@ -132,6 +137,11 @@ void TerminalChild::checkExit()
         return;
     }
     release();
+    // What the child wrote last is read without waiting for a thread to do it.
+    const bool isReading = m_readable->isEnabled();
+    retire(m_readable);
+    m_terminal->endReadAhead();
+    watchOutput(isReading);
     Q_EMIT exited();
 }
 
@@ -156,7 +166,6 @@ bool TerminalChild::read(QByteArray &bytes, qsizetype most)
     qsizetype taken = 0;
     ssize_t count = 1;
     bytes.resize(before + most);
-    // The system hands out a page at most at a time.
     while (taken < most && count > 0) {
         count = m_terminal->read(bytes.data() + before + taken, static_cast<size_t>(most - taken));
         taken += std::max<ssize_t>(count, 0);

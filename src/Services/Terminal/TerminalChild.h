@@ -71,6 +71,7 @@ Q_SIGNALS:
     void exited();
 
 private:
+    void watchOutput(bool isReading);
     void watchExit();
     void checkExit();
     void sendPending();

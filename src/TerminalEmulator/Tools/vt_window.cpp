@@ -29,7 +29,7 @@ public:
     Host(vt::PseudoTerminal &pty, vt::TerminalWidget &view, bool clipboard)
         : m_pty(pty)
         , m_view(view)
-        , m_reading(pty.master(), QSocketNotifier::Read)
+        , m_reading(pty.readable(), QSocketNotifier::Read)
         , m_writing(pty.master(), QSocketNotifier::Write)
         , m_clipboard(clipboard)
     {
@@ -156,6 +156,7 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "vt-window: %s: %s\n", start.program.c_str(), std::strerror(error));
         return 127;
     }
+    pty.readAhead();
     Host host(pty, view, parser.isSet(clipboard));
     view.show();
     view.setFocus();
