@@ -3,6 +3,7 @@
 #include "TerminalEmulator/View/TerminalWidget.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vt
 {
@@ -35,6 +36,36 @@ void trimEnd(QString &text)
         --size;
     }
     text.truncate(size);
+}
+
+/// A style in the words of IAccessible2's text attributes.
+QString describe(const Terminal &terminal, const Style &style)
+{
+    Rgb text = terminal.resolve(style.foreground, terminal.foreground());
+    Rgb background = terminal.resolve(style.background, terminal.background());
+    if (style.has(Style::Inverse) != terminal.isReverseScreen()) {
+        std::swap(text, background);
+    }
+    const auto color = [](Rgb each) {
+        return QStringLiteral("rgb(%1,%2,%3)").arg(each.red).arg(each.green).arg(each.blue);
+    };
+    QString result = QStringLiteral("color:%1;background-color:%2;").arg(color(text), color(background));
+    if (style.has(Style::Bold)) {
+        result += QLatin1String("font-weight:bold;");
+    }
+    if (style.has(Style::Italic)) {
+        result += QLatin1String("font-style:italic;");
+    }
+    if (style.underline != Underline::None) {
+        result += QLatin1String("text-underline-style:solid;");
+    }
+    if (style.has(Style::Strike)) {
+        result += QLatin1String("text-line-through-style:solid;");
+    }
+    if (style.has(Style::Invisible)) {
+        result += QLatin1String("invisible:true;");
+    }
+    return result;
 }
 
 } // namespace
@@ -273,10 +304,31 @@ void TerminalAccessible::scrollToSubstring(int start, int end)
 
 QString TerminalAccessible::attributes(int offset, int *start, int *end) const
 {
-    Q_UNUSED(offset)
-    *start = 0;
-    *end = characterCount();
-    return {};
+    const Terminal &terminal = view().terminal();
+    const ScreenText text = screen();
+    const qsizetype row = text.rowAt(std::clamp<qsizetype>(offset, 0, text.text.size()));
+    const qsizetype rowStart = text.starts[row];
+    const qsizetype rowEnd = row + 1 < text.starts.size() ? text.starts[row + 1] : text.text.size();
+    Line line;
+    std::vector<qsizetype> offsets;
+    terminal.line(top() + row, line);
+    const qsizetype size = rowText(terminal, line, &offsets).size();
+    const auto styleAt = [&](qsizetype at) -> StyleId {
+        const auto column = std::upper_bound(offsets.begin(), offsets.end(), at - rowStart) - offsets.begin() - 1;
+        return column < 0 || at - rowStart >= size ? 0 : line.cells[static_cast<size_t>(column)].style;
+    };
+    const StyleId style = styleAt(offset);
+    qsizetype from = std::clamp<qsizetype>(offset, rowStart, rowEnd);
+    qsizetype to = from;
+    while (from > rowStart && styleAt(from - 1) == style) {
+        --from;
+    }
+    while (to < rowEnd && styleAt(to) == style) {
+        ++to;
+    }
+    *start = static_cast<int>(from);
+    *end = static_cast<int>(to);
+    return describe(terminal, terminal.style(style));
 }
 
 // ---- announcements -----------------------------------------------------------------------------------------------

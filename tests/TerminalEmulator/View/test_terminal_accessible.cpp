@@ -13,6 +13,7 @@ private Q_SLOTS:
     void readsTheScreen();
     void mapsOffsetsAndPlaces();
     void tellsSelections();
+    void tellsHowTextLooks();
     void findsWhatChanged_data();
     void findsWhatChanged();
 };
@@ -62,6 +63,25 @@ void TestTerminalAccessible::tellsSelections()
     QCOMPARE(end, 8);
     text->removeSelection(0);
     QCOMPARE(text->selectionCount(), 0);
+}
+
+void TestTerminalAccessible::tellsHowTextLooks()
+{
+    ViewFixture fixture;
+    fixture.view.feed("a \x1b[1;38;2;1;2;3;48;2;4;5;6m漢字 b\x1b[m c\r\n\x1b[7mnext");
+    QAccessibleTextInterface *text = QAccessible::queryAccessibleInterface(&fixture.view)->textInterface();
+    const QString plain = QStringLiteral("color:rgb(255,255,255);background-color:rgb(0,0,0);");
+    int start = 0;
+    int end = 0;
+    QCOMPARE(text->attributes(3, &start, &end),
+             QStringLiteral("color:rgb(1,2,3);background-color:rgb(4,5,6);font-weight:bold;"));
+    QCOMPARE(text->text(start, end), QStringLiteral("漢字 b"));
+    QCOMPARE(text->attributes(end, &start, &end), plain);
+    QCOMPARE(text->text(start, end), QStringLiteral(" c\n"));
+    QCOMPARE(text->attributes(end, &start, &end),
+             QStringLiteral("color:rgb(0,0,0);background-color:rgb(255,255,255);"));
+    QCOMPARE(text->attributes(text->characterCount(), &start, &end), plain);
+    QCOMPARE(start, text->characterCount());
 }
 
 void TestTerminalAccessible::findsWhatChanged_data()
