@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """window.py BUILD [ROUNDS [MIB]]: `cat` of a file in a window of 120x40 against a program that only reads the same pseudo
 terminal, and against xfce4-terminal where it is installed; and how long a key press takes to reach a program while the
-window takes such a flood. Payloads are repeated to MIB mebibytes (64). In each round every terminal takes every payload
-once, in turn; the medians are compared. Needs a display: run it under xvfb-run with a screen that holds the window."""
+window takes such a flood. Payloads are repeated to MIB mebibytes (64). In each round every terminal takes the payload
+once, in turn; the medians are compared, kind by kind. Needs a display: run it under xvfb-run with a screen that holds
+the window."""
 import os
 import shutil
 import statistics
@@ -81,15 +82,14 @@ with tempfile.TemporaryDirectory() as folder:
         with open(payloads[kind], "wb") as out:
             while out.tell() < mib << 20:
                 out.write(block)
-    rates = {}
     programs = terminals(folder)
-    for _ in range(rounds):
-        for kind in KINDS:
-            for name, command in programs.items():
-                rates.setdefault((name, kind), []).append(rate(command, payloads[kind], folder))
-    print(f"{'MB/s':10}" + "".join(f"{name:>16}" for name in programs) + f"{'of drop':>10}{'x xfce4':>10}")
+    print(f"{'MB/s':10}" + "".join(f"{name:>16}" for name in programs) + f"{'of drop':>10}{'x xfce4':>10}", flush=True)
     for kind in KINDS:
-        median = {name: statistics.median(rates[name, kind]) for name in programs}
+        rates = {name: [] for name in programs}
+        for _ in range(rounds):
+            for name, command in programs.items():
+                rates[name].append(rate(command, payloads[kind], folder))
+        median = {name: statistics.median(rates[name]) for name in programs}
         print(f"{kind:10}" + "".join(f"{median[name]:16.1f}" for name in programs) +
               f"{median['vt-window'] / median['drop']:10.2f}" +
               (f"{median['vt-window'] / median['xfce4-terminal']:10.1f}" if "xfce4-terminal" in programs else ""), flush=True)
