@@ -13,6 +13,7 @@
 #include "Models/UserDefaults.h"
 #include "Services/Children/ChildProcesses.h"
 #include "Services/Commands/CommandSSHManager.h"
+#include "Services/Commands/ServerListEffects.h"
 #include "Services/LoginItem.h"
 #include "Services/SSH/AskpassHelper.h"
 #include "Services/SSH/KeychainManager.h"
@@ -39,41 +40,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// What a change of the server list causes in the transport, in the terminals and in the keychain.
-class ServerListEffects : public ServerStoreDelegate
-{
-public:
-    ServerListEffects(SSHConnectionPool &pool, CommandSSHManager &manager, KeychainManager &keychain,
-                      GlobalTerminalSessionManager &terminals)
-        : m_pool(pool)
-        , m_manager(manager)
-        , m_keychain(keychain)
-        , m_terminals(terminals)
-    {
-    }
-
-    void sshSettingsChanged(const Server &updated) override
-    {
-        m_pool.closeConnection(updated);
-        m_manager.invalidateServerCache(updated);
-        m_terminals.serverSettingsChanged(updated);
-    }
-
-    void serverDeleted(const Server &removed) override
-    {
-        if (removed.authMethod == AuthMethod::Password) {
-            m_keychain.deletePassword(KeychainManager::passwordAccount(removed));
-        }
-        m_terminals.cleanupServer(removed.id);
-    }
-
-private:
-    SSHConnectionPool &m_pool;
-    CommandSSHManager &m_manager;
-    KeychainManager &m_keychain;
-    GlobalTerminalSessionManager &m_terminals;
-};
-
 QStringList loginCommand(const CommandLine &line)
 {
     QStringList command{QCoreApplication::applicationFilePath()};
@@ -99,7 +65,7 @@ struct TarnwellApp::Objects {
         , hostKeyDialog(theme)
         , manager({launcher, keychain, settings, hostKeyDialog}, pool)
         , terminals({{launcher, keychain, settings, hostKeyDialog}, manager, settings, theme})
-        , serverListEffects(pool, manager, keychain, terminals)
+        , serverListEffects(manager, &terminals)
         , store(defaults, clock, &serverListEffects)
         , state{&store}
         , delegate({defaults, settings, theme, desktop, terminals, pool, tracker, children, secrets, askpass})

@@ -70,9 +70,11 @@ void ServerStore::updateServer(Server updated)
     if (index < 0) {
         return;
     }
-    const Server before = std::exchange(m_servers[index], updated);
+    const bool isOtherSession = hasSSHSettingsChanged(m_servers.at(index), updated);
+    updated.isConnected = updated.isConnected && !isOtherSession;
+    m_servers[index] = updated;
     storeAndTell(index);
-    if (hasSSHSettingsChanged(before, updated)) {
+    if (isOtherSession) {
         if (m_delegate) {
             m_delegate->sshSettingsChanged(updated);
         }

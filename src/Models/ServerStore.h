@@ -53,7 +53,7 @@ public:
     bool addServer(const Server &server);
 
     /// Puts `updated`, by value since it may be a record of the list, in the place of the record with its id; without
-    /// one, nothing happens.
+    /// one, nothing happens. With other ssh settings it is not connected: nobody has logged in with these.
     void updateServer(Server updated);
 
     /// Tells the delegate, then removes each record with the server's id and clears the selection if it was that one.

@@ -7,6 +7,7 @@
 #include "Models/UserDefaults.h"
 #include "Services/Children/ChildProcesses.h"
 #include "Services/Commands/CommandSSHManager.h"
+#include "Services/Commands/ServerListEffects.h"
 #include "Services/SSH/AskpassHelper.h"
 #include "Services/SSH/HostKeys.h"
 #include "Services/SSH/KeychainManager.h"
@@ -38,7 +39,7 @@ public:
         , keychain(secrets, clock)
         , manager({launcher, keychain, settings, prompt}, pool,
                   [this](const Server &, const auto &, const auto &) { return std::make_shared<Connection>(calls); })
-        , store(defaults, clock)
+        , store(defaults, clock, &m_effects)
     {
         setLogin(true);
     }
@@ -164,5 +165,10 @@ public:
     KeychainManager keychain;
     NoPrompt prompt;
     CommandSSHManager manager;
+
+private:
+    ServerListEffects m_effects{manager, nullptr};
+
+public:
     ServerStore store;
 };

@@ -1,6 +1,7 @@
 #include "Services/Commands/CommandSSHManager.h"
 
 #include "Helpers/Log.h"
+#include "Services/Children/ChildGroup.h"
 #include "Services/Commands/SystemCommands.h"
 #include "Services/SSH/KeychainManager.h"
 #include "Services/SSH/SSHConnectionPool.h"
@@ -69,13 +70,16 @@ QCoro::Task<ConnectionOutcome> CommandSSHManager::attemptConnection(Server to, s
                                                                     std::optional<QString> passphrase,
                                                                     ServerRefresh serverRefreshCallback)
 {
+    const std::shared_ptr<ChildGroup> attempt = beginAttempt(to.id);
     Server server = std::move(to);
     if (serverRefreshCallback) {
         server = (co_await serverRefreshCallback()).value_or(server);
     }
+    if (attempt->isEnded()) {
+        co_return ConnectionOutcome{.isOvertaken = true};
+    }
     m_serverOverrides.insert(server.id, server);
     log(u"Starting connection to "_s + server.name);
-    countAttempts(+1);
     setConnectionError(std::nullopt);
     cleanupExpiredConnections();
 
@@ -83,17 +87,24 @@ QCoro::Task<ConnectionOutcome> CommandSSHManager::attemptConnection(Server to, s
     outcome.error = SSHArguments::refusalFor(server);
     SSHTestResult login;
     if (!outcome.error) {
-        login = co_await testConnection(server, std::move(password), std::move(passphrase), serverRefreshCallback);
+        login = co_await testConnection(server, std::move(password), std::move(passphrase), serverRefreshCallback,
+                                        attempt);
         outcome.succeeded = login.success;
     }
-    if (!outcome.succeeded) {
+    if (!outcome.succeeded && !attempt->isEnded()) {
         forgetTriedSecret(server);
         if (!outcome.error) {
             outcome = co_await explainFailure(server, login);
         }
+    }
+    if (attempt->isEnded()) {
+        log(u"Overtaken: the connection to "_s + server.name);
+        co_return ConnectionOutcome{.isOvertaken = true};
+    }
+    if (!outcome.succeeded) {
         setConnectionError(outcome.error);
     }
-    countAttempts(-1);
+    finishAttempt(server.id);
     co_return outcome;
 }
 
@@ -135,9 +146,15 @@ void CommandSSHManager::disconnect(const Server &from)
         m_connectionCreationTimes.remove(server.id);
     }
     m_pool.closeConnection(server);
+    forgetPendingSecrets(server.id);
     m_sessionPasswords.remove(server.id);
     m_passwordlessSudoCache.remove(server.id);
     m_serverOverrides.remove(server.id);
+    const bool wasAnyConnecting = isConnecting();
+    if (const auto attempt = m_attempts.take(server.id)) {
+        attempt->end();
+        tellConnecting(server.id, wasAnyConnecting);
+    }
 }
 
 void CommandSSHManager::invalidateServerCache(const Server &server)
@@ -145,6 +162,12 @@ void CommandSSHManager::invalidateServerCache(const Server &server)
     log(u"Invalidating server cache for "_s + server.name);
     disconnect(server);
     m_serverOverrides.insert(server.id, server);
+}
+
+void CommandSSHManager::forgetServer(const Server &server)
+{
+    disconnect(server);
+    m_sessionPassphrases.remove(server.id);
 }
 
 void CommandSSHManager::cleanupExpiredConnections()
@@ -245,13 +268,32 @@ QCoro::Task<CommandExecutionResult> CommandSSHManager::getStorageDevicesUsingCom
     return executeSSHCommand(StorageDevicesCommand(), std::move(server));
 }
 
-void CommandSSHManager::countAttempts(int change)
+std::shared_ptr<ChildGroup> CommandSSHManager::beginAttempt(const QUuid &serverId)
 {
-    const bool wasConnecting = isConnecting();
-    m_attempts += change;
-    if (wasConnecting != isConnecting()) {
+    const bool wasAnyConnecting = isConnecting();
+    const auto attempt = std::make_shared<ChildGroup>();
+    const std::shared_ptr<ChildGroup> overtaken = std::exchange(m_attempts[serverId], attempt);
+    if (overtaken) {
+        overtaken->end();
+    } else {
+        tellConnecting(serverId, wasAnyConnecting);
+    }
+    return attempt;
+}
+
+void CommandSSHManager::finishAttempt(const QUuid &serverId)
+{
+    const bool wasAnyConnecting = isConnecting();
+    m_attempts.remove(serverId);
+    tellConnecting(serverId, wasAnyConnecting);
+}
+
+void CommandSSHManager::tellConnecting(const QUuid &serverId, bool wasAnyConnecting)
+{
+    if (isConnecting() != wasAnyConnecting) {
         Q_EMIT isConnectingChanged(isConnecting());
     }
+    Q_EMIT serverConnectingChanged(serverId);
 }
 
 void CommandSSHManager::setConnectionError(std::optional<QString> error)

@@ -8,6 +8,7 @@
 #include <concepts>
 #include <memory>
 
+class ChildGroup;
 class SSHConnectionPool;
 
 /// What a probe for sudo without a password told.
@@ -25,6 +26,7 @@ struct ConnectionOutcome {
     QString reason;                  ///< one line of what the client said; empty when it said nothing
     bool isKeyLocked = false;        ///< the private key did not open
     bool isPassphraseNeeded = false; ///< and no pass phrase for it is at hand
+    bool isOvertaken = false;        ///< it tells nothing about the server any more; the rest is empty
 
     bool operator==(const ConnectionOutcome &) const = default;
 };
@@ -46,8 +48,10 @@ public:
 
     SSHConnectionPool &pool() const { return m_pool; }
 
-    /// Whether any attempt is under way.
-    bool isConnecting() const { return m_attempts > 0; }
+    /// Whether any attempt is under way, or one to this server.
+    bool isConnecting() const { return !m_attempts.isEmpty(); }
+
+    bool isConnecting(const QUuid &serverId) const { return m_attempts.contains(serverId); }
 
     /// The failure that ended last, in words for the operator. Attempts may overlap: who made one has its outcome.
     std::optional<QString> connectionError() const { return m_connectionError; }
@@ -60,7 +64,9 @@ public:
                               std::optional<QString> passphrase = std::nullopt,
                               ServerRefresh serverRefreshCallback = {});
 
-    /// The same, with all there is to tell of this attempt.
+    /// The same, with all there is to tell of this attempt. Of the attempts to one server only the newest counts: an
+    /// older one that is under way is ended as overtaken, and touches nothing any more. So does whatever ends the
+    /// session: disconnect, invalidateServerCache, forgetServer.
     QCoro::Task<ConnectionOutcome> attemptConnection(Server to, std::optional<QString> password = std::nullopt,
                                                      std::optional<QString> passphrase = std::nullopt,
                                                      ServerRefresh serverRefreshCallback = {});
@@ -71,6 +77,9 @@ public:
 
     /// For a server whose record has changed: following commands see the new settings at once.
     void invalidateServerCache(const Server &server);
+
+    /// For a server that is deleted: nothing of it stays known, its pass phrase included.
+    void forgetServer(const Server &server);
 
     /// Drops connection objects older than 300 s.
     void cleanupExpiredConnections();
@@ -100,10 +109,15 @@ public:
 
 Q_SIGNALS:
     void isConnectingChanged(bool isConnecting);
+
+    /// isConnecting() of this server is another one now.
+    void serverConnectingChanged(const QUuid &serverId);
     void connectionErrorChanged();
 
 private:
-    void countAttempts(int change);
+    std::shared_ptr<ChildGroup> beginAttempt(const QUuid &serverId);
+    void finishAttempt(const QUuid &serverId);
+    void tellConnecting(const QUuid &serverId, bool wasAnyConnecting);
     void setConnectionError(std::optional<QString> error);
     void forgetTriedSecret(const Server &server);
     QCoro::Task<ConnectionOutcome> explainFailure(Server server, SSHTestResult login);
@@ -119,6 +133,6 @@ private:
     SSHConnectionPool &m_pool;
     ConnectionFactory m_makeConnection;
     SSHCommandExecutor m_commandExecutor;
-    int m_attempts = 0;
+    QHash<QUuid, std::shared_ptr<ChildGroup>> m_attempts; // the newest to each server, and its clients
     std::optional<QString> m_connectionError;
 };

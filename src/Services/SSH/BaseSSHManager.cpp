@@ -2,6 +2,7 @@
 
 #include "Helpers/Log.h"
 #include "Models/AppSettings.h"
+#include "Services/Children/ChildGroup.h"
 #include "Services/SSH/HostKeys.h"
 #include "Services/SSH/KeychainManager.h"
 #include "Services/SSH/PrivateKeyFile.h"
@@ -76,8 +77,9 @@ QCoro::Task<std::optional<QString>> BaseSSHManager::getSessionPassword(Server se
     if (const auto known = m_sessionPasswords.constFind(server.id); known != m_sessionPasswords.cend()) {
         co_return *known;
     }
+    const int generation = m_secretGenerations.value(server.id);
     const std::optional<QString> stored = co_await m_dependencies.keychain.getPassword(server);
-    if (stored) {
+    if (stored && generation == m_secretGenerations.value(server.id)) {
         m_sessionPasswords.insert(server.id, *stored);
     }
     co_return stored;
@@ -88,8 +90,9 @@ QCoro::Task<std::optional<QString>> BaseSSHManager::getSessionPassphrase(Server 
     if (const auto known = m_sessionPassphrases.constFind(server.id); known != m_sessionPassphrases.cend()) {
         co_return *known;
     }
+    const int generation = m_secretGenerations.value(server.id);
     const std::optional<QString> stored = co_await m_dependencies.keychain.getPassphrase(server);
-    if (stored) {
+    if (stored && generation == m_secretGenerations.value(server.id)) {
         m_sessionPassphrases.insert(server.id, *stored);
     }
     co_return stored;
@@ -97,7 +100,8 @@ QCoro::Task<std::optional<QString>> BaseSSHManager::getSessionPassphrase(Server 
 
 QCoro::Task<SSHTestResult> BaseSSHManager::testConnection(Server server, std::optional<QString> password,
                                                           std::optional<QString> passphrase,
-                                                          ServerRefresh serverRefreshCallback)
+                                                          ServerRefresh serverRefreshCallback,
+                                                          std::shared_ptr<ChildGroup> children)
 {
     if (password) {
         m_sessionPasswords.insert(server.id, *password);
@@ -115,7 +119,7 @@ QCoro::Task<SSHTestResult> BaseSSHManager::testConnection(Server server, std::op
         co_return nothing;
     }
 
-    SSHTestResult result = co_await performSSHTest(server);
+    SSHTestResult result = co_await performSSHTest(server, children);
     if (result.success || result.isPassphraseError) {
         co_return result;
     }
@@ -124,7 +128,8 @@ QCoro::Task<SSHTestResult> BaseSSHManager::testConnection(Server server, std::op
             result.success = true;
             co_return result;
         }
-        co_return co_await retryConnectionWithoutHostKeyCheck(co_await refreshed(server, serverRefreshCallback));
+        co_return co_await retryConnectionWithoutHostKeyCheck(co_await refreshed(server, serverRefreshCallback),
+                                                              children);
     }
     if (result.isHostKeyError) {
         if (!co_await handleHostKeyConflict(server, result.error)) {
@@ -133,19 +138,19 @@ QCoro::Task<SSHTestResult> BaseSSHManager::testConnection(Server server, std::op
         const Server latest = co_await refreshed(server, serverRefreshCallback);
         log(u"Original server: "_s + address(server));
         log(u"Server to retry: "_s + address(latest));
-        co_return co_await retryConnectionWithoutHostKeyCheck(latest);
+        co_return co_await retryConnectionWithoutHostKeyCheck(latest, children);
     }
     co_return result;
 }
 
-QCoro::Task<SSHTestResult> BaseSSHManager::performSSHTest(Server server)
+QCoro::Task<SSHTestResult> BaseSSHManager::performSSHTest(Server server, std::shared_ptr<ChildGroup> children)
 {
     if (const std::optional<QString> refusal = SSHArguments::refusalFor(server)) {
         co_return SSHTestResult{.error = *refusal};
     }
     const QStringList arguments = buildSSHArguments(server, ConnectionTest::command(), false);
     log(u"SSH command: ssh "_s + arguments.join(u' '));
-    const ChildOutcome outcome = co_await runTest(server, arguments);
+    const ChildOutcome outcome = co_await runTest(server, arguments, children);
     if (outcome.kind != ChildOutcome::Kind::Exited) {
         log(u"Process execution error: "_s + outcome.reason);
     }
@@ -159,7 +164,8 @@ QCoro::Task<SSHTestResult> BaseSSHManager::performSSHTest(Server server)
     co_return result;
 }
 
-QCoro::Task<SSHTestResult> BaseSSHManager::retryConnectionWithoutHostKeyCheck(Server server)
+QCoro::Task<SSHTestResult> BaseSSHManager::retryConnectionWithoutHostKeyCheck(Server server,
+                                                                              std::shared_ptr<ChildGroup> children)
 {
     if (const std::optional<QString> refusal = SSHArguments::refusalFor(server)) {
         co_return SSHTestResult{.error = *refusal};
@@ -172,7 +178,7 @@ QCoro::Task<SSHTestResult> BaseSSHManager::retryConnectionWithoutHostKeyCheck(Se
     const QStringList arguments = ConnectionTest::withOptionsBeforeDestination(
         stripped, verifies ? QStringList{u"StrictHostKeyChecking=accept-new"_s} : unchecked);
     log(u"Retry SSH command: ssh "_s + arguments.join(u' '));
-    const ChildOutcome outcome = co_await runTest(server, arguments);
+    const ChildOutcome outcome = co_await runTest(server, arguments, children);
     const SSHTestResult result = ConnectionTest::classify(outcome, server.authMethod);
     if (outcome.kind != ChildOutcome::Kind::Exited) {
         log(u"Retry connection error: "_s + outcome.reason);
@@ -186,7 +192,7 @@ QCoro::Task<SSHTestResult> BaseSSHManager::retryConnectionWithoutHostKeyCheck(Se
     }
 
     const ChildOutcome last =
-        co_await runTest(server, ConnectionTest::withOptionsBeforeDestination(stripped, unchecked));
+        co_await runTest(server, ConnectionTest::withOptionsBeforeDestination(stripped, unchecked), children);
     if (last.kind != ChildOutcome::Kind::Exited) {
         log(u"Fallback failed: "_s + last.reason);
         co_return ConnectionTest::classify(last, server.authMethod);
@@ -233,12 +239,14 @@ void BaseSSHManager::setKeychainAccessDenied(bool denied)
     }
 }
 
-QCoro::Task<ChildOutcome> BaseSSHManager::runTest(Server server, QStringList arguments)
+QCoro::Task<ChildOutcome> BaseSSHManager::runTest(Server server, QStringList arguments,
+                                                  std::shared_ptr<ChildGroup> children)
 {
     SSHRun run;
     run.arguments = std::move(arguments);
     run.environment = SSHLauncher::commandEnvironment(co_await setupSSHEnvironment(server, std::nullopt));
-    co_return co_await m_dependencies.launcher.run(std::move(run));
+    SSHLauncher launcher(m_dependencies.launcher, children);
+    co_return co_await launcher.run(std::move(run));
 }
 
 QCoro::Task<Server> BaseSSHManager::refreshed(Server server, ServerRefresh callback)

@@ -9,9 +9,11 @@
 #include <QObject>
 #include <QProcessEnvironment>
 #include <functional>
+#include <memory>
 #include <optional>
 
 class AppSettings;
+class ChildGroup;
 class HostKeyPrompt;
 class KeychainManager;
 class SSHLauncher;
@@ -55,16 +57,19 @@ public:
 
     /// Logs in once and runs an echo. Given secrets are kept for the session, also when the test fails. A changed
     /// host key is put before the operator. What is told is the outcome of the last login that was made, and no error
-    /// when there was no secret to try; the words for the operator are the caller's.
+    /// when there was no secret to try; the words for the operator are the caller's. All clients belong to
+    /// `children` if it is given: when it is ended, no other one is started.
     QCoro::Task<SSHTestResult> testConnection(Server server, std::optional<QString> password,
-                                              std::optional<QString> passphrase, ServerRefresh serverRefreshCallback);
+                                              std::optional<QString> passphrase, ServerRefresh serverRefreshCallback,
+                                              std::shared_ptr<ChildGroup> children = {});
 
     /// One login, sorted by what the client said.
-    QCoro::Task<SSHTestResult> performSSHTest(Server server);
+    QCoro::Task<SSHTestResult> performSSHTest(Server server, std::shared_ptr<ChildGroup> children = {});
 
     /// One more login after the operator has agreed. With keys being verified, one that stays in conflict is passed
     /// over for this one login; later commands still check it.
-    QCoro::Task<SSHTestResult> retryConnectionWithoutHostKeyCheck(Server server);
+    QCoro::Task<SSHTestResult> retryConnectionWithoutHostKeyCheck(Server server,
+                                                                  std::shared_ptr<ChildGroup> children = {});
 
     /// Puts the conflict before the operator; true when the connection is to be tried again.
     QCoro::Task<bool> handleHostKeyConflict(Server server, QString error);
@@ -84,6 +89,9 @@ protected:
 
     void setKeychainAccessDenied(bool denied);
 
+    /// A secret that is being read from the keychain for this server is not remembered when it comes.
+    void forgetPendingSecrets(const QUuid &serverId) { ++m_secretGenerations[serverId]; }
+
     const SSHArgumentBuilder &sshArgumentBuilder() const { return m_sshArgumentBuilder; }
 
     Dependencies m_dependencies;
@@ -91,9 +99,10 @@ protected:
     QHash<QUuid, QString> m_sessionPassphrases;
 
 private:
-    QCoro::Task<ChildOutcome> runTest(Server server, QStringList arguments);
+    QCoro::Task<ChildOutcome> runTest(Server server, QStringList arguments, std::shared_ptr<ChildGroup> children);
     QCoro::Task<Server> refreshed(Server server, ServerRefresh callback);
 
     SSHArgumentBuilder m_sshArgumentBuilder;
+    QHash<QUuid, int> m_secretGenerations;
     bool m_keychainAccessDenied = false;
 };

@@ -4,6 +4,8 @@
 #include "Services/SSH/AskpassHelper.h"
 #include "Services/SSH/SSHProcessTracker.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 SSHLauncher::SSHLauncher(ChildProcesses &children, SSHProcessTracker &tracker, AskpassHelper &askpass,
@@ -18,7 +20,9 @@ SSHLauncher::SSHLauncher(ChildProcesses &children, SSHProcessTracker &tracker, A
 SSHLauncher::SSHLauncher(const SSHLauncher &other, std::shared_ptr<ChildGroup> group)
     : SSHLauncher(other)
 {
-    m_group = std::move(group);
+    if (group) {
+        m_groups.push_back(std::move(group));
+    }
 }
 
 QString SSHLauncher::defaultSSHPath()
@@ -28,12 +32,14 @@ QString SSHLauncher::defaultSSHPath()
 
 QCoro::Task<ChildOutcome> SSHLauncher::run(SSHRun run)
 {
-    if (m_group && m_group->isEnded()) {
+    if (std::ranges::any_of(m_groups, &ChildGroup::isEnded)) {
         co_return ChildOutcome();
     }
-    if (m_group && !run.handle) {
+    if (!run.handle && !m_groups.empty()) {
         run.handle = std::make_shared<ChildHandle>();
-        m_group->add(run.handle);
+        for (const std::shared_ptr<ChildGroup> &group : m_groups) {
+            group->add(run.handle);
+        }
     }
     const auto pid = std::make_shared<pid_t>(0);
     ChildSetup setup;

@@ -8,6 +8,7 @@
 #include <QProcessEnvironment>
 #include <QStringList>
 #include <optional>
+#include <vector>
 
 class AskpassHelper;
 class ChildGroup;
@@ -32,8 +33,8 @@ public:
     SSHLauncher(ChildProcesses &children, SSHProcessTracker &tracker, AskpassHelper &askpass,
                 QString sshPath = defaultSSHPath());
 
-    /// The same client, whose children from here belong to `group` as well. Where a run brings a handle of its own,
-    /// its child does not.
+    /// The same client, whose children from here belong to `group` as well; it may be null. Where a run brings a
+    /// handle of its own, its child belongs to no group.
     SSHLauncher(const SSHLauncher &other, std::shared_ptr<ChildGroup> group);
 
     static QString defaultSSHPath();
@@ -65,7 +66,7 @@ private:
     SSHProcessTracker &m_tracker;
     AskpassHelper &m_askpass;
     QString m_sshPath;
-    std::shared_ptr<ChildGroup> m_group; // may be null
+    std::vector<std::shared_ptr<ChildGroup>> m_groups;
 };
 
 /// What a run's outcome means as a command's result; `timeLimit` is the one that was set, in seconds.

@@ -32,6 +32,9 @@ DashboardViewModel::DashboardViewModel(const Services &services, const Server &s
     connect(&m_sampler, &MetricsSampler::sampled, this, &DashboardViewModel::sampled);
     connect(&m_sampler, &MetricsSampler::gpuMetricsChanged, this, &DashboardViewModel::gpuMetricsChanged);
     connect(&services.store, &ServerStore::serverUpdated, this, &DashboardViewModel::followStore);
+    // Queued, so that a login which ends by itself tells its outcome first.
+    connect(&services.manager, &CommandSSHManager::serverConnectingChanged, this, &DashboardViewModel::followManager,
+            Qt::QueuedConnection);
 }
 
 void DashboardViewModel::start()
@@ -61,15 +64,13 @@ void DashboardViewModel::initiateConnection(const std::optional<QString> &secret
     m_connectionErrorMessage.clear();
     m_connectionErrorDetail.clear();
     m_wantedSecret = WantedSecret::None;
-    m_attempt = std::make_shared<bool>(true);
     Q_EMIT changed();
 
     // The login proves something about the server also when nobody looks at it any more: the store is told in any
     // case, and this object only if it is still there.
     whenDone(connectToServer(m_services, m_server, secret), &m_services.store,
-             [&store = m_services.store, server = m_server, attempt = m_attempt,
-              self = QPointer(this)](const ConnectionOutcome &outcome) {
-                 if (!*attempt) {
+             [&store = m_services.store, server = m_server, self = QPointer(this)](const ConnectionOutcome &outcome) {
+                 if (outcome.isOvertaken) {
                      return;
                  }
                  const bool wasConnected = self && self->isConnected();
@@ -130,10 +131,12 @@ void DashboardViewModel::showFailure(const ConnectionOutcome &outcome)
     }
 }
 
-void DashboardViewModel::abandonConnection()
+// A login that was overtaken, by a disconnect for instance, has no outcome.
+void DashboardViewModel::followManager(const QUuid &serverId)
 {
-    if (std::exchange(m_isConnecting, false)) {
-        *m_attempt = false;
+    if (serverId == m_server.id && !m_services.manager.isConnecting(serverId) &&
+        std::exchange(m_isConnecting, false)) {
+        Q_EMIT changed();
     }
 }
 
@@ -160,15 +163,6 @@ void DashboardViewModel::confirmDisconnect()
     }
 }
 
-void DashboardViewModel::disconnectFromServer()
-{
-    m_services.manager.disconnect(m_server);
-    abandonConnection();
-    m_systemInformation.cancel();
-    m_systemInformation.setSystemInfo(std::nullopt);
-    m_services.store.updateServerConnection(m_server, false);
-}
-
 void DashboardViewModel::refreshSystemInfoIfNeeded()
 {
     m_systemInformation.refreshSystemInfoIfNeeded();
@@ -193,7 +187,6 @@ void DashboardViewModel::followStore(qsizetype index)
     if (!wasConnected && isConnected()) {
         connectionCame();
     } else if (wasConnected && !isConnected()) {
-        abandonConnection(); // a login that is under way was made with what has just been dropped
         m_showingDisconnectAlert = false;
         m_systemInformation.cancel();
     }

@@ -101,11 +101,8 @@ public Q_SLOTS:
 
     void setExpanded(const QString &section, bool isExpanded);
 
-    /// Logs in, with `secret` if the operator typed one. Does nothing while a login is under way.
+    /// Logs in, with `secret` if the operator typed one. Does nothing while a login that it made is under way.
     void initiateConnection(const std::optional<QString> &secret = std::nullopt);
-
-    /// A login that is under way says nothing about the server any more.
-    void abandonConnection();
 
     /// The failure has been seen.
     void dismissConnectionError();
@@ -114,9 +111,6 @@ public Q_SLOTS:
 
     /// The operator has agreed: tells it by disconnectRequested().
     void confirmDisconnect();
-
-    /// Ends the session: the pooled connection and the secrets kept for it. The facts go from the screen.
-    void disconnectFromServer();
 
     /// Fetches the facts unless those at hand are young and complete.
     void refreshSystemInfoIfNeeded();
@@ -137,15 +131,13 @@ Q_SIGNALS:
     void disconnectRequested();
 
 private:
-    /// Whether the outcome of a login still says something about the server.
-    using Validity = std::shared_ptr<bool>;
-
     static QCoro::Task<ConnectionOutcome> connectToServer(Services services, Server server,
                                                           std::optional<QString> secret);
 
     void connectionEnded(const ConnectionOutcome &outcome, bool wasConnected);
     void showFailure(const ConnectionOutcome &outcome);
     void followStore(qsizetype index);
+    void followManager(const QUuid &serverId);
     void connectionCame();
     void followMonitoring();
     void detectGPUs();
@@ -158,7 +150,6 @@ private:
     bool m_showingDisconnectAlert = false;
     bool m_isActive = false;
     bool m_isDetectingGPUs = false;
-    Validity m_attempt;
     QString m_connectionErrorMessage;
     QString m_connectionErrorDetail;
     WantedSecret m_wantedSecret = WantedSecret::None;

@@ -321,23 +321,28 @@ void AddEditServerViewModel::dismissValidationErrors()
 
 Server AddEditServerViewModel::record() const
 {
+    return recordOf(m_form);
+}
+
+Server AddEditServerViewModel::recordOf(const Form &form) const
+{
     Server server;
     if (m_serverToEdit) { // what was learnt of the server is kept, as it stands now
         server = m_services.store.server(m_serverToEdit->id).value_or(*m_serverToEdit);
     }
-    server.name = m_form.name.trimmed();
-    server.host = m_form.host.trimmed();
-    server.port = m_form.port;
-    server.username = m_form.username.trimmed();
-    server.authMethod = m_form.authMethod;
+    server.name = form.name.trimmed();
+    server.host = form.host.trimmed();
+    server.port = form.port;
+    server.username = form.username.trimmed();
+    server.authMethod = form.authMethod;
     server.privateKeyPath.reset();
-    if (m_form.authMethod == AuthMethod::PublicKey) {
-        server.privateKeyPath = m_form.privateKeyPath.trimmed();
+    if (form.authMethod == AuthMethod::PublicKey) {
+        server.privateKeyPath = form.privateKeyPath.trimmed();
     }
-    server.labels = m_form.labels;
-    server.useSudo = m_form.useSudo;
-    server.containerRuntime = m_form.containerRuntime;
-    server.forwardAgent = m_form.forwardAgent;
+    server.labels = form.labels;
+    server.useSudo = form.useSudo;
+    server.containerRuntime = form.containerRuntime;
+    server.forwardAgent = form.forwardAgent;
     return server;
 }
 
@@ -520,10 +525,10 @@ void AddEditServerViewModel::saveServer()
     Q_EMIT changed();
     whenDone(ServerSecrets::settle(m_services.manager.dependencies().keychain, m_serverToEdit, server,
                                    {m_password, m_passphrase}, keepsPassphrase),
-             this, [this, request, server](bool isSettled) {
+             this, [this, request, form = m_form](bool isSettled) {
                  if (request == m_request) {
                      endActivity();
-                     serverSaved(server, isSettled);
+                     serverSaved(recordOf(form), isSettled); // the keychain takes its time; more may be known by now
                  }
              });
 }

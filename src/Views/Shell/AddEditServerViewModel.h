@@ -164,6 +164,7 @@ private:
     QList<Problem> problems() const;
     bool reportProblems();
     Server record() const;
+    Server recordOf(const Form &form) const;
     QString account(QString (*accountOf)(const Server &)) const;
     void saveSecret(KeychainStep step);
     void checkSudo();

@@ -128,6 +128,9 @@ void ContentView::connectModel()
     connect(m_pages, &SectionPages::pageMade, this, &ContentView::pageMade);
     connect(m_services.navigation, &SectionNavigation::tabRequested, m_model, &ContentViewModel::setSelectedTab);
     connect(m_model, &ContentViewModel::placeChanged, this, &ContentView::showPlace);
+    connect(m_model, &ContentViewModel::isConnectingChanged, this, [this](const QUuid &server) {
+        m_serverList->model().setConnecting(server, m_model->isConnecting(server));
+    });
     connect(m_model, &ContentViewModel::isCompactModeChanged, this, [this] { arrange(true); });
     connect(m_model, &ContentViewModel::isSidebarVisibleChanged, this, [this] { arrange(true); });
     connect(m_model, &ContentViewModel::showingDisconnectAlertChanged, this, &ContentView::followDisconnectAlert);
@@ -206,10 +209,6 @@ void ContentView::arrange(bool isAnimated)
 void ContentView::showPlace()
 {
     const auto &selected = m_services.store.selectedServer();
-    const DashboardViewModel *const dashboard = dashboardModel();
-    if (!selected || !dashboard || dashboard->server().id != selected->id) {
-        m_serverList->model().setConnecting({});
-    }
     m_pages->showPage(selected, m_model->selectedTab());
     if (selected) {
         m_page->showContent();
@@ -238,11 +237,7 @@ void ContentView::pageMade(MainTab tab, SectionPage *page)
 {
     auto *const dashboard = tab == MainTab::Dashboard ? page->findChild<DashboardViewModel *>() : nullptr;
     if (dashboard) {
-        connect(dashboard, &DashboardViewModel::changed, this, [this, dashboard] {
-            const bool isConnecting = dashboard->connection() == DashboardViewModel::Connection::Connecting;
-            m_serverList->model().setConnecting(isConnecting ? dashboard->server().id : QUuid());
-        });
-        connect(dashboard, &DashboardViewModel::disconnectRequested, this, &ContentView::disconnectServer,
+        connect(dashboard, &DashboardViewModel::disconnectRequested, m_model, &ContentViewModel::disconnectServer,
                 Qt::QueuedConnection); // it takes the dashboard with it
         dashboard->start();
     }
@@ -263,7 +258,7 @@ void ContentView::followDisconnectAlert(bool isShowing)
         m_disconnectAlert.clear(); // deletes itself
         m_model->setShowingDisconnectAlert(false);
         if (button == 1) {
-            disconnectServer();
+            m_model->disconnectServer();
         }
     });
     m_disconnectAlert->open();
@@ -280,14 +275,6 @@ void ContentView::followAddServer(bool isShowing)
     } else {
         m_model->setShowingAddServer(false);
     }
-}
-
-void ContentView::disconnectServer()
-{
-    if (DashboardViewModel *const dashboard = dashboardModel()) {
-        dashboard->abandonConnection();
-    }
-    m_model->disconnectServer();
 }
 
 // The list comes back where it was put away; the header has the servers' menu in its place.

@@ -75,7 +75,6 @@ private:
     void pageMade(MainTab tab, SectionPage *page);
     void followDisconnectAlert(bool isShowing);
     void followAddServer(bool isShowing);
-    void disconnectServer();
     void focusSearch();
     void followTerminalNews();
 

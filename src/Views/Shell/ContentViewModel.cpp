@@ -25,6 +25,7 @@ ContentViewModel::ContentViewModel(ServerStore &store, CommandSSHManager &manage
     , m_history(clock)
     , m_handledServer(selectedId())
 {
+    connect(&manager, &CommandSSHManager::serverConnectingChanged, this, &ContentViewModel::isConnectingChanged);
     connect(&store, &ServerStore::selectedServerChanged, this, [this] {
         if (!m_isChanging) {
             settle();
@@ -40,6 +41,11 @@ QUuid ContentViewModel::selectedId() const
 bool ContentViewModel::isTerminalVisible() const
 {
     return m_selectedTab == MainTab::Terminal && m_terminalVisitedServers.contains(selectedId());
+}
+
+bool ContentViewModel::isConnecting(const QUuid &serverId) const
+{
+    return m_manager.isConnecting(serverId);
 }
 
 void ContentViewModel::setSelectedTab(MainTab tab)

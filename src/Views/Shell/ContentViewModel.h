@@ -46,6 +46,9 @@ public:
 
     void setMark(MainTab tab, SectionMark mark);
 
+    /// Whether a connection is being made to this server.
+    bool isConnecting(const QUuid &serverId) const;
+
     /// From a step back or forward until the end of that turn of the event loop: nothing is recorded meanwhile.
     bool isNavigatingFromHistory() const { return m_isNavigatingFromHistory; }
 
@@ -99,6 +102,7 @@ Q_SIGNALS:
     /// Another server or another section is on show.
     void placeChanged();
     void markChanged(MainTab tab);
+    void isConnectingChanged(const QUuid &serverId);
     void isSidebarVisibleChanged();
     void isCompactModeChanged();
     void searchFocusTriggerChanged();

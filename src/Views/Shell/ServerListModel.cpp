@@ -141,9 +141,9 @@ int ServerListModel::rowCount(const QModelIndex &parent) const
 
 ServerListModel::State ServerListModel::stateOf(const Server &server) const
 {
-    return server.id == m_connecting ? State::Connecting
-           : server.isConnected      ? State::Connected
-                                     : State::NotConnected;
+    return m_connecting.contains(server.id) ? State::Connecting
+           : server.isConnected             ? State::Connected
+                                            : State::NotConnected;
 }
 
 const Server *ServerListModel::serverAt(int row) const
@@ -186,13 +186,14 @@ QVariant ServerListModel::data(const QModelIndex &index, int role) const
     }
 }
 
-void ServerListModel::setConnecting(const QUuid &id)
+void ServerListModel::setConnecting(const QUuid &id, bool isConnecting)
 {
-    const QUuid before = std::exchange(m_connecting, id);
-    if (before != id) {
-        rowChanged(m_store.indexOf(before));
-        rowChanged(m_store.indexOf(id));
+    if (isConnecting) {
+        m_connecting.insert(id);
+    } else {
+        m_connecting.remove(id);
     }
+    rowChanged(m_store.indexOf(id));
 }
 
 void ServerListModel::rowChanged(qsizetype storeRow)

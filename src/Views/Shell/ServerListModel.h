@@ -3,6 +3,7 @@
 #include "Views/Shell/ServerSearch.h"
 
 #include <QAbstractListModel>
+#include <QSet>
 #include <QUuid>
 
 class ServerStore;
@@ -31,8 +32,8 @@ public:
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
 
-    /// The one server that a connection is being made to; null for none.
-    void setConnecting(const QUuid &id);
+    /// A connection is being made to this server, or is no more.
+    void setConnecting(const QUuid &id, bool isConnecting);
 
     /// Not valid for a server that is not there, or that the search leaves out.
     QModelIndex indexOf(const QUuid &id) const;
@@ -56,5 +57,5 @@ private:
     ServerStore &m_store;
     ServerSearch m_search;
     QList<int> m_rows; // the store's rows that are on show, ascending; -1 for one that is about to go
-    QUuid m_connecting;
+    QSet<QUuid> m_connecting;
 };

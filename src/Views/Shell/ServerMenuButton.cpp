@@ -53,6 +53,7 @@ ServerMenuButton::ServerMenuButton(const Theme &theme, ServerStore &store, Conte
     setMenu(m_menu);
     connect(m_menu, &QMenu::aboutToShow, this, &ServerMenuButton::fillMenu);
     connect(&store, &ServerStore::selectedServerChanged, this, &ServerMenuButton::update);
+    connect(&model, &ContentViewModel::isConnectingChanged, this, &ServerMenuButton::update);
     update();
 }
 
@@ -65,26 +66,39 @@ QString ServerMenuButton::name() const
 void ServerMenuButton::update()
 {
     const auto &server = m_store.selectedServer();
-    const QString state = !server ? QString() : server->isConnected ? tr("Connected") : tr("Not connected");
-    setAccessibleName(server ? tr("Server: %1, %2").arg(name(), state) : name());
+    setAccessibleName(server ? tr("Server: %1, %2").arg(name(), stateText(*server)) : name());
     PlainText::setToolTip(*this, name());
     updateGeometry();
     QPushButton::update();
 }
 
+QString ServerMenuButton::stateText(const Server &server) const
+{
+    return server.isConnected                ? tr("Connected")
+           : m_model.isConnecting(server.id) ? tr("Connecting")
+                                             : tr("Not connected");
+}
+
+QColor ServerMenuButton::dotColor(const Server &server) const
+{
+    const Tokens &t = m_theme.tokens();
+    QColor faint = t.faint;
+    faint.setAlphaF(0.45F);
+    return server.isConnected ? t.green.color : m_model.isConnecting(server.id) ? t.orange.color : faint;
+}
+
 void ServerMenuButton::fillMenu()
 {
     m_menu->clear();
-    const QIcon connected = dotIcon(m_theme.tokens().green.color, devicePixelRatioF());
     for (const Server &server : m_store.servers()) {
         QAction *action = m_menu->addAction(menuText(server.name));
         if (m_store.selectedServer() && m_store.selectedServer()->id == server.id) {
             m_menu->setDefaultAction(action);
         }
-        if (server.isConnected) {
-            action->setIcon(connected);
+        if (server.isConnected || m_model.isConnecting(server.id)) {
+            action->setIcon(dotIcon(dotColor(server), devicePixelRatioF()));
             action->setIconVisibleInMenu(true);
-            action->setWhatsThis(tr("Connected"));
+            action->setWhatsThis(stateText(server));
         }
         connect(action, &QAction::triggered, this,
                 [this, id = server.id] { m_store.setSelectedServer(m_store.server(id)); });
@@ -118,9 +132,8 @@ void ServerMenuButton::paintEvent(QPaintEvent *)
     QRect inside = rect().adjusted(kPadding, 0, -kPadding, 0);
     const auto &server = m_store.selectedServer();
     if (server) {
-        QColor dot = server->isConnected ? t.green.color : t.faint;
-        dot.setAlphaF(server->isConnected ? 1.0F : 0.45F);
-        StateDot::paint(painter, {inside.left() + StateDot::kDiameter / 2.0, inside.center().y() + 0.5}, dot);
+        StateDot::paint(painter, {inside.left() + StateDot::kDiameter / 2.0, inside.center().y() + 0.5},
+                        dotColor(*server));
         inside.adjust(StateDot::kDiameter + kGap, 0, 0, 0);
     }
     painter.drawPixmap(inside.right() + 1 - kChevron, inside.center().y() + 1 - kChevron / 2,

@@ -6,6 +6,7 @@ class ContentViewModel;
 class QMenu;
 class ServerStore;
 class Theme;
+struct Server;
 
 /// The name of the selected server with a menu of all servers.
 class ServerMenuButton : public QPushButton
@@ -26,6 +27,8 @@ private:
     void update();
     void fillMenu();
     QString name() const;
+    QString stateText(const Server &server) const;
+    QColor dotColor(const Server &server) const;
 
     const Theme &m_theme;
     ServerStore &m_store;

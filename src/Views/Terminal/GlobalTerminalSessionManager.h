@@ -70,9 +70,7 @@ public:
     /// Gives the keyboard to the server's current terminal if it is on show.
     void focusTerminal(const QUuid &serverId);
 
-    /// Another record of a server: its terminals use it from their next session on.
-    void serverSettingsChanged(const Server &server);
-
+    void serverSettingsChanged(const Server &server) override;
     void cleanupServer(const QUuid &id) override;
     void cleanupAll() override;
 

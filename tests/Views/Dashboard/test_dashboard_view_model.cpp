@@ -50,9 +50,10 @@ private Q_SLOTS:
     void asksForAPassword();
     void retries();
     void oneAttemptDoesNotTellForAnother();
-    void disconnects();
     void asksBeforeItDisconnects();
     void aLoginThatWasOvertakenByADisconnect();
+    void ofTwoLoginsTheNewerCounts();
+    void editedWhileLoggingIn();
     void connectedElsewhere();
     void monitoringFollowsTheSection();
     void monitoringFollowsTheScreen();
@@ -316,21 +317,6 @@ void TestDashboardViewModel::oneAttemptDoesNotTellForAnother()
     QVERIFY(!m_transport->manager.isConnecting());
 }
 
-void TestDashboardViewModel::disconnects()
-{
-    const Server server = m_transport->add(u"web"_s);
-    const auto &model = start(server);
-    QTRY_COMPARE(m_transport->calls.size(), 1);
-    m_model->disconnectFromServer();
-    QCOMPARE(model.connection(), Connection::NotConnected);
-    QVERIFY(!model.isRefreshing());
-    QVERIFY(!model.systemInfo());
-    QVERIFY(!m_transport->store.server(server.id)->isConnected);
-    m_transport->answer(factsOf("late"));
-    QTest::qWait(20);
-    QVERIFY(!model.systemInfo());
-}
-
 void TestDashboardViewModel::asksBeforeItDisconnects()
 {
     startConnected();
@@ -354,13 +340,62 @@ void TestDashboardViewModel::aLoginThatWasOvertakenByADisconnect()
     const auto &model = start(*m_transport->store.server(server.id)); // selected again: proves itself once more
     QTRY_COMPARE(m_transport->logins(), 1);
     QVERIFY(model.isConnected() && model.isConnecting());
+    m_transport->manager.disconnect(server);
     m_transport->store.updateServerConnection(server, false);
-    QVERIFY(!model.isConnecting());
-    m_transport->letLoginsEnd();
-    QTest::qWait(100);
+    QCOMPARE(m_transport->children.count(), 0); // the client of the login is ended
+    QTRY_COMPARE(model.connection(), Connection::NotConnected);
     QVERIFY(!m_transport->store.server(server.id)->isConnected);
-    QCOMPARE(model.connection(), Connection::NotConnected);
     QVERIFY(m_transport->calls.isEmpty());
+}
+
+void TestDashboardViewModel::ofTwoLoginsTheNewerCounts()
+{
+    // The first hangs while another server is looked at, and fails when the second has long succeeded.
+    m_transport->setReply(
+        "until grep -q l[a]te reply; do sleep 0.01; done; echo 'Operation timed out' >&2; exit 255");
+    const Server server = m_transport->add(u"web"_s, AuthMethod::Password);
+    start(server);
+    m_model->initiateConnection(u"typed"_s);
+    QTRY_COMPARE(m_transport->logins(), 1);
+    start(m_transport->add(u"other"_s));
+    QTRY_COMPARE(m_transport->logins(), 2);
+    QVERIFY(m_transport->manager.isConnecting(server.id)); // and the list shows it
+    m_transport->setLogin(true);
+    const auto &model = start(server);
+    QTRY_COMPARE(model.connection(), Connection::Connected);
+    QCOMPARE(m_transport->triedSecret(), "typed");
+    QVERIFY(!m_transport->manager.isConnecting(server.id));
+    m_transport->setReply("echo SSH_CONNECTION_SUCCESS # late");
+    QTRY_COMPARE(m_transport->children.count(), 0);
+    QTest::qWait(20);
+    QCOMPARE(model.connection(), Connection::Connected);
+    QVERIFY(m_transport->store.server(server.id)->isConnected);
+    QCOMPARE(QCoro::waitFor(m_transport->manager.getSessionPassword(server)), u"typed"_s);
+}
+
+void TestDashboardViewModel::editedWhileLoggingIn()
+{
+    m_transport->holdLogins();
+    Server server = m_transport->add(u"web"_s);
+    const auto &model = start(server);
+    QTRY_COMPARE(m_transport->logins(), 1);
+    server.name = u"another name"_s;
+    m_transport->store.updateServer(server); // which the login has nothing to do with
+    QVERIFY(m_transport->manager.isConnecting(server.id));
+    server.host = u"elsewhere.example"_s;
+    m_transport->store.updateServer(server);
+    QVERIFY(!m_transport->manager.isConnecting(server.id));
+    QCOMPARE(m_transport->children.count(), 0);
+    QTRY_COMPARE(model.connection(), Connection::NotConnected);
+    QVERIFY(!m_transport->store.server(server.id)->isConnected);
+
+    m_transport->letLoginsEnd();
+    m_model->initiateConnection();
+    QTRY_COMPARE(model.connection(), Connection::Connected);
+    server.port = 2222;
+    server.isConnected = true; // as the record of an editor that was open meanwhile
+    m_transport->store.updateServer(server);
+    QCOMPARE(model.connection(), Connection::NotConnected);
 }
 
 void TestDashboardViewModel::connectedElsewhere()
@@ -516,15 +551,21 @@ void TestDashboardViewModel::goneInTheMiddle()
 
 void TestDashboardViewModel::deletedInTheMiddle()
 {
-    m_transport->holdLogins();
-    const Server server = m_transport->add(u"web"_s);
-    const auto &model = start(server);
-    QTRY_COMPARE(m_transport->logins(), 1);
-    m_transport->store.deleteServer(server);
-    m_transport->letLoginsEnd();
-    QTRY_VERIFY(model.connection() != Connection::Connecting);
-    QVERIFY(m_transport->store.servers().isEmpty());
-    QVERIFY(!model.isRefreshing());
+    for (const AuthMethod method : {AuthMethod::Password, AuthMethod::PublicKey}) {
+        const Server server = m_transport->add(u"web"_s, method);
+        start(server);
+        QTRY_VERIFY(!m_model->isConnecting());
+        m_transport->holdLogins();
+        m_model->initiateConnection(u"typed"_s);
+        QTRY_COMPARE(m_transport->children.count(), 1);
+        m_transport->store.deleteServer(server);
+        QCOMPARE(m_transport->children.count(), 0);
+        QTRY_VERIFY(!m_model->isConnecting());
+        QVERIFY(m_transport->store.servers().isEmpty());
+        QVERIFY(!QCoro::waitFor(m_transport->manager.getSessionPassword(server)));
+        QVERIFY(!QCoro::waitFor(m_transport->manager.getSessionPassphrase(server)));
+        m_transport->letLoginsEnd();
+    }
 }
 
 void TestDashboardViewModel::rootFileSystemFirst()

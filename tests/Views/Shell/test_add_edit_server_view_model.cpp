@@ -349,6 +349,15 @@ void TestAddEditServerViewModel::edits()
     open(updated).setPassword(u"new"_s);
     save(*m_model);
     QCOMPARE(stored(u"u@h:22"_s), u"new"_s);
+
+    // A connection that came while the editor was open is one to the host as it was.
+    m_transport->store.updateServerConnection(updated, true);
+    m_model->setName(u"web-3"_s);
+    save(*m_model);
+    QVERIFY(m_transport->store.servers().constFirst().isConnected);
+    m_model->setHost(u"elsewhere"_s);
+    save(*m_model);
+    QVERIFY(!m_transport->store.servers().constFirst().isConnected);
 }
 
 void TestAddEditServerViewModel::showsWhatIsSaved()

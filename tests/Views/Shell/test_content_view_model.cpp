@@ -73,6 +73,8 @@ private:
     }
 
     struct Terminals : TerminalSessions {
+        void serverSettingsChanged(const Server &) override {}
+
         void cleanupServer(const QUuid &id) override
         {
             ended.append(id);

@@ -120,9 +120,9 @@ void TestServerList::followsTheStore()
     const auto stateOf = [&](int row) {
         return model.index(row).data(ServerListModel::StateRole).value<ServerListModel::State>();
     };
-    model.setConnecting(second.id);
+    model.setConnecting(second.id, true);
     QCOMPARE(stateOf(1), ServerListModel::State::Connecting);
-    model.setConnecting({});
+    model.setConnecting(second.id, false);
     store.updateServerConnection(second, true);
     QCOMPARE(stateOf(0), ServerListModel::State::NotConnected);
     QCOMPARE(stateOf(1), ServerListModel::State::Connected);
