@@ -86,10 +86,15 @@ QCoro::Task<ConnectionOutcome> CommandSSHManager::attemptConnection(Server to, s
     ConnectionOutcome outcome;
     outcome.error = SSHArguments::refusalFor(server);
     SSHTestResult login;
-    if (!outcome.error) {
+    if (outcome.error) {
+        login = {.error = *outcome.error, .hasNotRun = true};
+    } else {
         login = co_await testConnection(server, std::move(password), std::move(passphrase), serverRefreshCallback,
                                         attempt);
         outcome.succeeded = login.success;
+    }
+    if (login.hasNotRun) {
+        Log::error(u"Connection error: "_s + login.error, Log::Category::Ssh);
     }
     if (!outcome.succeeded && !attempt->isEnded()) {
         forgetTriedSecret(server);
@@ -127,12 +132,15 @@ QCoro::Task<ConnectionOutcome> CommandSSHManager::explainFailure(Server server, 
                                  "retrieve the saved password.")
                             : tr("Failed to connect. Please check your password and try again.");
         setKeychainAccessDenied(false);
+        outcome.isSecretWanted = login.isPasswordMissing || ConnectionTest::tellsRefusedLogin(login.error);
     } else if (server.authMethod == AuthMethod::PublicKey) {
         outcome.isKeyLocked = failedAtLockedKey(server, login);
         outcome.isPassphraseNeeded = co_await isPassphraseNeeded(server, login);
         outcome.error = outcome.isPassphraseNeeded
                             ? tr("SSH key requires a passphrase. Please enter the passphrase for your SSH key.")
                             : tr("Failed to authenticate with SSH key. Please check your key path and permissions.");
+        outcome.isSecretWanted =
+            outcome.isKeyLocked || (outcome.isPassphraseNeeded && ConnectionTest::tellsRefusedLogin(login.error));
     }
     co_return outcome;
 }

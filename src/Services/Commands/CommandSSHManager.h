@@ -26,7 +26,8 @@ struct ConnectionOutcome {
     QString reason;                  ///< one line of what the client said; empty when it said nothing
     bool isKeyLocked = false;        ///< the private key did not open
     bool isPassphraseNeeded = false; ///< and no pass phrase for it is at hand
-    bool isOvertaken = false;        ///< it tells nothing about the server any more; the rest is empty
+    bool isSecretWanted = false; ///< a password or a pass phrase was missing or refused, and nothing else is wrong
+    bool isOvertaken = false;    ///< it tells nothing about the server any more; the rest is empty
 
     bool operator==(const ConnectionOutcome &) const = default;
 };

@@ -111,6 +111,7 @@ QCoro::Task<SSHTestResult> BaseSSHManager::testConnection(Server server, std::op
     }
     if (server.authMethod == AuthMethod::Password && !co_await getSessionPassword(server)) {
         SSHTestResult nothing;
+        nothing.isPasswordMissing = true;
         nothing.isKeychainDenied =
             m_dependencies.keychain.deniedAccounts().contains(KeychainManager::passwordAccount(server));
         if (nothing.isKeychainDenied) {

@@ -62,6 +62,7 @@ SSHTestResult classify(const ChildOutcome &outcome, AuthMethod method)
     SSHTestResult result;
     if (outcome.kind != ChildOutcome::Kind::Exited) {
         result.error = outcome.reason;
+        result.hasNotRun = outcome.kind == ChildOutcome::Kind::FailedToStart;
         return result;
     }
     result.error = QString::fromUtf8(outcome.error);

@@ -14,7 +14,9 @@ struct SSHTestResult {
     bool isNewHostKeyError = false;     ///< no key of this host is known
     bool isChangedHostKeyError = false; ///< another key is known
     bool isPassphraseError = false;     ///< the private key is locked
-    bool isKeychainDenied = false;      ///< no login was made: the keychain did not give the password away
+    bool isPasswordMissing = false;     ///< no login was made: there was no password to try
+    bool isKeychainDenied = false;      ///< for the keychain did not give it away
+    bool hasNotRun = false;             ///< no client ran; `error` tells why
 
     bool operator==(const SSHTestResult &) const = default;
 };
