@@ -18,8 +18,7 @@ InlineNotice::InlineNotice(const Theme &theme, QWidget *parent)
 {
     for (TextLabel *label : {m_text, m_detail}) {
         label->setWordWrap(true);
-        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        label->setFocusPolicy(Qt::NoFocus);
+        label->setSelectable();
     }
     auto *words = new QVBoxLayout;
     words->setSpacing(4);

@@ -2,6 +2,7 @@
 
 #include "Views/Components/PlainText.h"
 
+#include <QFocusEvent>
 #include <QPainter>
 #include <QStyle>
 #include <algorithm>
@@ -13,6 +14,28 @@ TextLabel::TextLabel(const Theme &theme, TextStyle style, const QString &text, S
     setFont(theme.font(style));
     setForegroundRole(shade == Shade::Dim ? QPalette::PlaceholderText : QPalette::WindowText);
     setText(text);
+}
+
+void TextLabel::setSelectable()
+{
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    setFocusPolicy(Qt::StrongFocus); // Qt leaves Tab out
+}
+
+void TextLabel::focusInEvent(QFocusEvent *event)
+{
+    QLabel::focusInEvent(event);
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
+        setSelection(0, static_cast<int>(text().size()));
+    }
+}
+
+void TextLabel::focusOutEvent(QFocusEvent *event)
+{
+    QLabel::focusOutEvent(event);
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
+        setSelection(0, 0);
+    }
 }
 
 ElidedLabel::ElidedLabel(const Theme &theme, TextStyle style, Shade shade, Qt::TextElideMode mode, QWidget *parent)

@@ -14,6 +14,13 @@ public:
 
     TextLabel(const Theme &theme, TextStyle style, const QString &text = {}, Shade shade = Shade::Text,
               QWidget *parent = nullptr);
+
+    /// The words can be selected and copied. Tab stops at them, and selects all.
+    void setSelectable();
+
+protected:
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
 };
 
 /// One line of text that shrinks: what doesn't fit is elided, and the whole text is in the tooltip then.

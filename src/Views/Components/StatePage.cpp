@@ -23,7 +23,7 @@ constexpr int kPictureGround = 56;
 
 } // namespace
 
-/// A picture, a title, text, a detail, room for more and a button, in a column in the middle.
+/// A picture, a title, text, an explanation, a detail and a button, in a column in the middle.
 class StateMessage : public QWidget
 {
     Q_OBJECT
@@ -36,6 +36,7 @@ public:
         , m_picture(new QWidget(m_column))
         , m_title(new TextLabel(theme, TextStyle::Title, {}, TextLabel::Shade::Text, m_column))
         , m_text(new TextLabel(theme, TextStyle::Body, {}, TextLabel::Shade::Dim, m_column))
+        , m_explanation(new TextLabel(theme, TextStyle::Detail, {}, TextLabel::Shade::Dim, m_column))
         , m_detail(new TextLabel(theme, TextStyle::Mono, {}, TextLabel::Shade::Dim, m_column))
         , m_button(new QPushButton(m_column))
     {
@@ -44,11 +45,12 @@ public:
         m_frames.setInterval(kFrameMs);
         connect(&m_frames, &QTimer::timeout, m_picture, qOverload<>(&QWidget::update));
         m_clock.start();
-        for (TextLabel *label : {m_title, m_text, m_detail}) {
+        for (TextLabel *label : {m_title, m_text, m_explanation, m_detail}) {
             label->setWordWrap(true);
             label->setAlignment(Qt::AlignHCenter);
         }
-        m_detail->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+        m_explanation->setSelectable();
+        m_detail->setSelectable();
 
         auto *column = new QVBoxLayout(m_column);
         column->setContentsMargins(0, 0, 0, 0);
@@ -58,6 +60,8 @@ public:
         column->addWidget(m_title);
         column->addSpacing(6);
         column->addWidget(m_text);
+        column->addSpacing(6);
+        column->addWidget(m_explanation);
         column->addSpacing(6);
         column->addWidget(m_detail);
         column->addSpacing(16);
@@ -82,9 +86,12 @@ public:
         m_current = message;
         m_title->setText(message.title);
         m_text->setText(message.text);
-        m_text->setAlignment(message.text.contains(u'\n') ? Qt::AlignLeft
-                                                          : Qt::AlignHCenter); // lists read from the left
         m_text->setVisible(!message.text.isEmpty());
+        m_explanation->setText(message.explanation);
+        m_explanation->setVisible(!message.explanation.isEmpty());
+        for (TextLabel *label : {m_text, m_explanation}) { // lists read from the left
+            label->setAlignment(label->text().contains(u'\n') ? Qt::AlignLeft : Qt::AlignHCenter);
+        }
         m_detail->setText(message.detail);
         m_detail->setVisible(!message.detail.isEmpty());
         m_button->setText(buttonText);
@@ -158,6 +165,7 @@ private:
     QWidget *m_picture;
     TextLabel *m_title;
     TextLabel *m_text;
+    TextLabel *m_explanation;
     TextLabel *m_detail;
     QPushButton *m_button;
     QTimer m_frames;

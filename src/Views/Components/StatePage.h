@@ -7,7 +7,6 @@
 
 class QPushButton;
 class QStackedLayout;
-class QVBoxLayout;
 class StateMessage;
 class Theme;
 
@@ -24,6 +23,7 @@ public:
         QString text{};                 ///< what it means, and what to do
         QString detail{};               ///< what the other side said, to be copied; shown in the monospaced font
         std::optional<IconName> icon{}; ///< of an error or of nothing; without one a plain one
+        QString explanation{};          ///< what went wrong, to be copied
     };
 
     StatePage(const Theme &theme, QWidget *content, QWidget *parent = nullptr);
