@@ -168,6 +168,11 @@ void TarnwellApp::raiseWindow(const QByteArray &activationToken)
     window.activateWindow();
 }
 
+void TarnwellApp::end()
+{
+    QCoreApplication::exit(0);
+}
+
 void TarnwellApp::openAbout()
 {
     Objects &o = *m_objects;

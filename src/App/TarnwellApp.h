@@ -28,6 +28,9 @@ public:
     /// Brings the window to the front, with the token that the desktop gave somebody for it (xdg-activation), if any.
     void raiseWindow(const QByteArray &activationToken);
 
+    /// Ends the program whatever is open: unlike a quit, which a window may refuse that has unsaved changes.
+    void end();
+
     ContentView &window() const;
     Theme &theme() const;
     const AppState &state() const;

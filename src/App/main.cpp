@@ -70,8 +70,8 @@ int main(int argc, char **argv)
     QApplication application(count, arguments.data());
     QGuiApplication::setDesktopFileName(Constants::kDesktopFileName);
     const UnixSignals signals;
-    QObject::connect(&signals, &UnixSignals::endRequested, &application, &QCoreApplication::quit);
     TarnwellApp tarnwell(line, runtimeDirectory);
+    QObject::connect(&signals, &UnixSignals::endRequested, &tarnwell, &TarnwellApp::end);
     QObject::connect(&instance, &SingleInstance::raiseRequested, &tarnwell, &TarnwellApp::raiseWindow);
     tarnwell.start();
     instance.listen();

@@ -4,6 +4,7 @@
 #include "Views/Shell/ContentView.h"
 #include "Views/Shell/ContentViewModel.h"
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QJsonDocument>
@@ -37,6 +38,7 @@ WindowLayout::WindowLayout(ContentView &window, UserDefaults &defaults)
     restore();
     m_place = window.geometry();
     window.installEventFilter(this);
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &WindowLayout::save); // not every end closes the window
 }
 
 bool WindowLayout::eventFilter(QObject *watched, QEvent *event)
