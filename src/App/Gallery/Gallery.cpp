@@ -5,7 +5,7 @@
 #include "Views/Components/AlertDialog.h"
 #include "Views/Components/AutoRefreshToggle.h"
 #include "Views/Components/Card.h"
-#include "Views/Components/ChartCard.h"
+#include "Views/Components/CompactMetricsCard.h"
 #include "Views/Components/Disclosure.h"
 #include "Views/Components/FormRow.h"
 #include "Views/Components/InlineNotice.h"
@@ -285,7 +285,7 @@ void Gallery::addCharts()
         sent.append(0.9 + 0.5 * std::sin(i / 5.0 + 2));
     }
     for (const bool isWarning : {false, true}) {
-        auto *one = new ChartCard(m_theme, tr("Memory"), ChartCard::LegendStyle::OneLine);
+        auto *one = new CompactMetricsCard(m_theme, tr("Memory"), CompactMetricsCard::LegendStyle::OneLine);
         one->chart().setFormat([](double value) { return u"%1%"_s.arg(value * 10, 0, 'f', 1); });
         one->chart().setMaximum(isWarning ? 4.2 : 10);
         one->chart().setSamples({{{}, ToneName::Purple, true}}, {received});
@@ -293,17 +293,18 @@ void Gallery::addCharts()
         one->setFootnote(tr("19.2 of 31.0 GiB"));
         line.addWidget(one, 2);
     }
-    for (const auto style : {ChartCard::LegendStyle::OneLine, ChartCard::LegendStyle::TwoLines}) {
-        auto *two = new ChartCard(m_theme, tr("Network"), style);
+    for (const auto style : {CompactMetricsCard::LegendStyle::OneLine, CompactMetricsCard::LegendStyle::TwoLines}) {
+        auto *two = new CompactMetricsCard(m_theme, tr("Network"), style);
         two->chart().setFormat([](double value) { return tr("%1 MB/s").arg(value, 0, 'f', 1); });
         two->chart().setAutomaticMaximum(1);
         two->chart().setSamples({{tr("Receive"), ToneName::Green, true}, {tr("Transmit"), ToneName::Blue, false}},
                                 {received, sent});
-        two->setLegend({{tr("Receive"), ToneName::Green, tr("4.2 MB/s")},
-                        {tr("Transmit"), ToneName::Blue, tr("1.1 MB/s"), style == ChartCard::LegendStyle::TwoLines}});
-        line.addWidget(two, style == ChartCard::LegendStyle::OneLine ? 3 : 2);
+        two->setLegend(
+            {{tr("Receive"), ToneName::Green, tr("4.2 MB/s")},
+             {tr("Transmit"), ToneName::Blue, tr("1.1 MB/s"), style == CompactMetricsCard::LegendStyle::TwoLines}});
+        line.addWidget(two, style == CompactMetricsCard::LegendStyle::OneLine ? 3 : 2);
     }
-    auto *empty = new ChartCard(m_theme, tr("CPU"), ChartCard::LegendStyle::OneLine);
+    auto *empty = new CompactMetricsCard(m_theme, tr("CPU"), CompactMetricsCard::LegendStyle::OneLine);
     empty->setFigure(u"--"_s);
     line.addWidget(empty, 2);
 }

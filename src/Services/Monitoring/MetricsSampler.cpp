@@ -8,7 +8,6 @@
 #include "Services/Parsers/GPUMetricsParser.h"
 #include "Services/SSH/SSHLauncher.h"
 
-#include <QScopeGuard>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -75,6 +74,7 @@ void MetricsSampler::startMonitoring()
         return;
     }
     m_isMonitoring = true;
+    m_answeredAt = m_server.clock.now();
     resetRates();
     m_monitoringTimer.start();
     const Self self(this);
@@ -96,7 +96,11 @@ void MetricsSampler::stopMonitoring()
     m_monitoringTimer.stop();
     m_secondSampleTimer.stop();
     resetRates();
-    Q_EMIT isMonitoringChanged(false);
+    const Self self(this);
+    setSilent(false);
+    if (self) {
+        Q_EMIT isMonitoringChanged(false);
+    }
 }
 
 void MetricsSampler::resetRates()
@@ -132,17 +136,37 @@ bool MetricsSampler::mayGoOn(const Self &self)
 
 QCoro::Task<> MetricsSampler::sample(Self self)
 {
-    if (self->m_isSampling || !self->m_server.connected()) {
+    if (self->m_isSampling) {
+        if (self->m_sampleBegan.msecsTo(self->m_server.clock.now()) > kSilenceMs) {
+            self->setSilent(true);
+        }
+        co_return;
+    }
+    if (!self->m_server.connected()) {
         co_return;
     }
     self->m_isSampling = true;
     self->m_hasLostServer = false;
-    const auto atEnd = qScopeGuard([self] {
-        if (self) {
-            self->m_isSampling = false;
+    self->m_sampleBegan = self->m_server.clock.now();
+    co_await measure(self);
+    if (self) {
+        self->m_isSampling = false;
+        if (self->m_hasLostServer) {
+            self->setSilent(true);
         }
-    });
+    }
+}
 
+void MetricsSampler::setSilent(bool isSilent)
+{
+    const auto since = isSilent && m_isMonitoring ? std::optional(m_answeredAt) : std::nullopt;
+    if (std::exchange(m_silentSince, since) != since) {
+        Q_EMIT silentSinceChanged();
+    }
+}
+
+QCoro::Task<> MetricsSampler::measure(Self self)
+{
     MetricsSnapshot snapshot;
     snapshot.cpuUsage = co_await self->getCPUUsage();
     if (!mayGoOn(self)) {
@@ -174,13 +198,17 @@ QCoro::Task<> MetricsSampler::sample(Self self)
 void MetricsSampler::keep(const MetricsSnapshot &snapshot)
 {
     m_currentMetrics = snapshot;
-    m_currentMetrics->timestamp = m_server.clock.now();
+    m_answeredAt = m_server.clock.now();
+    m_currentMetrics->timestamp = m_answeredAt;
     m_metricsHistory.append(*m_currentMetrics);
     if (m_metricsHistory.size() > kHistoryLength) {
         m_metricsHistory.remove(0, m_metricsHistory.size() - kHistoryLength);
     }
     const Self self(this);
     setGPUMetrics(snapshot.gpuMetrics);
+    if (self) {
+        setSilent(false);
+    }
     if (self) {
         Q_EMIT sampled();
     }

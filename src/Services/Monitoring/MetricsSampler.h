@@ -29,6 +29,8 @@ public:
     static constexpr int kIntervalMs = 3000;
     /// From the end of the first sample, which can have no rates, to the begin of the second.
     static constexpr int kSecondSampleDelayMs = 1000;
+    /// A sample that has taken longer is one without an answer.
+    static constexpr int kSilenceMs = 15'000;
 
     explicit MetricsSampler(const MonitoredServer &server, QObject *parent = nullptr);
 
@@ -42,6 +44,9 @@ public:
     const std::optional<GPUMetrics> &gpuMetrics() const { return m_gpuMetrics; }
 
     bool isMonitoring() const { return m_isMonitoring; }
+
+    /// When the server answered the last time, or monitoring began, if it gives no answer at present.
+    const std::optional<QDateTime> &silentSince() const { return m_silentSince; }
 
     /// Takes a sample, another one a second after it is done, and then one at each tick. Rates begin anew.
     void startMonitoring();
@@ -68,6 +73,7 @@ public:
 Q_SIGNALS:
     void isMonitoringChanged(bool isMonitoring);
     void gpuMetricsChanged();
+    void silentSinceChanged();
 
     /// A sample is whole: currentMetrics() and metricsHistory() have it.
     void sampled();
@@ -86,6 +92,7 @@ private:
     using Self = QPointer<MetricsSampler>;
 
     static QCoro::Task<> sample(Self self);
+    static QCoro::Task<> measure(Self self);
     static QCoro::Task<> sampleTwice(Self self);
     static QCoro::Task<> askForGPUs(Self self);
     static QCoro::Task<CommandResult> run(Self self, std::shared_ptr<const SSHCommand> command);
@@ -94,6 +101,7 @@ private:
     static bool mayGoOn(const Self &self);
 
     void resetRates();
+    void setSilent(bool isSilent);
     void keep(const MetricsSnapshot &snapshot);
     void setGPUMetrics(const std::optional<GPUMetrics> &metrics);
     QList<NetworkInterface> networkRates(const QList<MetricsParser::NetworkCounters> &counters, const QDateTime &now);
@@ -106,6 +114,9 @@ private:
     bool m_isMonitoring = false;
     bool m_isSampling = false;
     bool m_hasLostServer = false; ///< within the sample that is under way
+    QDateTime m_sampleBegan;
+    QDateTime m_answeredAt;
+    std::optional<QDateTime> m_silentSince;
     QTimer m_monitoringTimer;
     QTimer m_secondSampleTimer;
     QHash<QString, NetworkBytes> m_previousNetworkBytes;

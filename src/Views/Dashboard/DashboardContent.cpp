@@ -49,6 +49,7 @@ DashboardContent::DashboardContent(const Theme &theme, DashboardViewModel &model
     column->setContentsMargins(margin, 14, margin, margin);
     column->setSpacing(Metrics::kCardGap - 2 * Card::kShadow);
     m_trouble->setWordWrap(true);
+    m_trouble->setSelectable();
     m_trouble->setContentsMargins(Card::kShadow, 0, Card::kShadow, 4);
     m_trouble->hide();
     column->addWidget(m_trouble);
@@ -65,7 +66,6 @@ DashboardContent::DashboardContent(const Theme &theme, DashboardViewModel &model
     addSection(*column, DashboardViewModel::kMonitoring,
                new Disclosure(theme, tr("Real-time Monitoring"), Frame::None,
                               [&theme, &model](QWidget *place) { return new MonitoringCards(theme, model, place); }));
-    section(DashboardViewModel::kMonitoring).setNote(tr("every %1 s").arg(MetricsSampler::kIntervalMs / 1000));
     column->addStretch();
     setWidget(body);
 
@@ -131,13 +131,13 @@ void DashboardContent::update()
     QString trouble;
     if (m_model.connection() == DashboardViewModel::Connection::Failed) {
         const QString detail = m_model.connectionErrorDetail();
-        trouble = detail.isEmpty() ? tr("The connection failed. The facts below are those of the last visit.")
-                                   : tr("The connection failed: %1").arg(detail);
+        trouble = tr("The connection failed: %1").arg(detail.isEmpty() ? m_model.connectionErrorMessage() : detail);
     } else if (m_model.refreshError()) {
         trouble = tr("The last refresh failed: %1").arg(*m_model.refreshError());
     }
     m_trouble->setText(trouble);
     m_trouble->setVisible(!trouble.isEmpty());
+    section(DashboardViewModel::kMonitoring).setNote(m_model.monitoringNote());
 }
 
 void DashboardContent::showFacts()

@@ -16,6 +16,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+constexpr int kWidestDisconnect = 190; // of its text
+
 const QColor &dangerColor(const Theme &theme)
 {
     return theme.tokens().red.text;
@@ -64,7 +66,7 @@ DashboardHeader::DashboardHeader(const Theme &theme, DashboardViewModel &model, 
     m_connect = addButton(*line, tr("Connect"));
     setButtonKind(*m_connect, ButtonKind::Primary);
     m_connect->setIcon(Icons::icon(IconName::Plug, theme, &onAccentColor));
-    m_disconnect = addButton(*line, tr("Disconnect"));
+    m_disconnect = addButton(*line, {});
     setButtonKind(*m_disconnect, ButtonKind::Danger);
     m_disconnect->setIcon(Icons::icon(IconName::Plug, theme, &dangerColor));
 
@@ -101,6 +103,9 @@ void DashboardHeader::update()
     m_connect->setVisible(!isConnected);
     m_disconnect->setVisible(isConnected);
     const QString disconnectFrom = tr("Disconnect from %1").arg(server.name);
+    const QString shown =
+        m_disconnect->fontMetrics().elidedText(PlainText::oneLine(disconnectFrom), Qt::ElideRight, kWidestDisconnect);
+    m_disconnect->setText(QString(shown).replace(u'&', "&&"_L1)); // a button takes "&" for the mark of a key
     m_disconnect->setAccessibleName(disconnectFrom);
     PlainText::setToolTip(*m_disconnect, disconnectFrom);
 }

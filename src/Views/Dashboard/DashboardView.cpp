@@ -9,6 +9,8 @@
 #include "Views/Dashboard/DashboardViewModel.h"
 #include "Views/Dashboard/SecretForm.h"
 
+#include <QApplication>
+#include <QEvent>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -30,7 +32,7 @@ DashboardView::DashboardView(const Theme &theme, DashboardViewModel &model, QWid
     column->addWidget(m_progress);
     column->addWidget(m_page, 1);
 
-    connect(this, &SectionPage::activeChanged, &model, &DashboardViewModel::setActive);
+    connect(this, &SectionPage::activeChanged, this, &DashboardView::followAlerts);
     connect(&model, &DashboardViewModel::changed, this, &DashboardView::update);
     connect(m_page, &StatePage::retryRequested, &model, [&model] {
         if (model.isConnected()) {
@@ -78,15 +80,41 @@ void DashboardView::showPage()
         m_page->showLoading(
             {tr("Connecting..."), tr("Establishing connection to %1 to view system information").arg(name), {}});
     } else {
-        m_page->showEmpty({tr("Not Connected"), tr("Connect to %1 to view system information").arg(name),
-                           m_model.connectionErrorDetail()},
+        m_page->showEmpty({.title = tr("Not Connected"),
+                           .text = tr("Connect to %1 to view system information").arg(name),
+                           .detail = m_model.connectionErrorDetail(),
+                           .explanation = m_model.connectionErrorMessage()},
                           tr("Connect"));
     }
 }
 
+// An alert that comes by itself waits until nothing else is asked and its page is on show: it would take the keyboard
+// away from what is being typed.
+bool DashboardView::mayInterrupt()
+{
+    QWidget *const modal = QApplication::activeModalWidget();
+    QWidget *const other = modal ? modal : QApplication::activePopupWidget();
+    if (other && other != m_awaited) {
+        m_awaited = other;
+        other->installEventFilter(this);
+        connect(other, &QObject::destroyed, this, &DashboardView::followAlerts, Qt::QueuedConnection);
+    }
+    return isActive() && !other;
+}
+
+bool DashboardView::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_awaited && event->type() == QEvent::Hide) {
+        m_awaited->removeEventFilter(this);
+        m_awaited.clear();
+        QMetaObject::invokeMethod(this, &DashboardView::followAlerts, Qt::QueuedConnection);
+    }
+    return SectionPage::eventFilter(watched, event);
+}
+
 void DashboardView::followAlerts()
 {
-    if (m_model.showingConnectionError() && !m_connectionAlert) {
+    if (m_model.showingConnectionError() && !m_connectionAlert && mayInterrupt()) {
         showConnectionAlert();
     } else if (!m_model.showingConnectionError() && m_connectionAlert) {
         m_connectionAlert->reject();
@@ -107,7 +135,7 @@ void DashboardView::showConnectionAlert()
     auto *detail =
         new TextLabel(m_theme, TextStyle::Mono, m_model.connectionErrorDetail(), TextLabel::Shade::Dim, extra);
     detail->setWordWrap(true);
-    detail->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    detail->setSelectable();
     detail->setAccessibleName(tr("What ssh said"));
     detail->setVisible(!m_model.connectionErrorDetail().isEmpty());
     column->addWidget(detail);
@@ -133,7 +161,9 @@ void DashboardView::showConnectionAlert()
     if (m_secretForm) {
         connect(m_secretForm, &SecretForm::submitted, &m_model,
                 [this](const QString &secret) { m_model.initiateConnection(secret); });
-        m_secretForm->setFocus();
+        if (m_model.isAttemptAskedFor()) { // else the keyboard may be meant for something else
+            m_secretForm->setFocus();
+        }
     }
 }
 

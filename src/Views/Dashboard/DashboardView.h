@@ -35,10 +35,14 @@ public:
     /// Where a secret is typed, in the alert about a failed connection; null when none is wanted.
     SecretForm *secretForm() const;
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void update();
     void showPage();
     void followAlerts();
+    bool mayInterrupt();
     void showConnectionAlert();
     void showDisconnectAlert();
 
@@ -51,4 +55,5 @@ private:
     QPointer<AlertDialog> m_connectionAlert;
     QPointer<AlertDialog> m_disconnectAlert;
     QPointer<SecretForm> m_secretForm;
+    QPointer<QWidget> m_awaited; // a window or a menu that the alert must not open over
 };

@@ -5,6 +5,7 @@
 #include "Models/ServerStore.h"
 #include "Views/Dashboard/DashboardFigures.h"
 
+#include <QLocale>
 #include <QPointer>
 #include <algorithm>
 
@@ -30,6 +31,7 @@ DashboardViewModel::DashboardViewModel(const Services &services, const Server &s
     m_systemInformation.setSystemInfo(server.systemInfo);
     connect(&m_systemInformation, &SystemInformation::changed, this, &DashboardViewModel::changed);
     connect(&m_sampler, &MetricsSampler::sampled, this, &DashboardViewModel::sampled);
+    connect(&m_sampler, &MetricsSampler::silentSinceChanged, this, &DashboardViewModel::changed);
     connect(&m_sampler, &MetricsSampler::gpuMetricsChanged, this, &DashboardViewModel::gpuMetricsChanged);
     connect(&services.store, &ServerStore::serverUpdated, this, &DashboardViewModel::followStore);
     // Queued, so that a login which ends by itself tells its outcome first.
@@ -39,7 +41,8 @@ DashboardViewModel::DashboardViewModel(const Services &services, const Server &s
 
 void DashboardViewModel::start()
 {
-    initiateConnection();
+    m_isAttemptAskedFor = false;
+    logIn(std::nullopt);
 }
 
 DashboardViewModel::Connection DashboardViewModel::connection() const
@@ -55,9 +58,14 @@ DashboardViewModel::Connection DashboardViewModel::connection() const
 
 void DashboardViewModel::initiateConnection(const std::optional<QString> &secret)
 {
-    if (m_isConnecting) {
-        return;
+    if (!m_isConnecting) {
+        m_isAttemptAskedFor = true;
+        logIn(secret);
     }
+}
+
+void DashboardViewModel::logIn(const std::optional<QString> &secret)
+{
     m_isConnecting = true;
     m_hasFailed = false;
     m_showingConnectionError = false;
@@ -124,10 +132,9 @@ void DashboardViewModel::showFailure(const ConnectionOutcome &outcome)
                                                                "4. Save the server and try connecting again")
                                                           : outcome.error.value_or(general);
     m_connectionErrorDetail = outcome.reason;
-    if (m_server.authMethod == AuthMethod::Password) {
-        m_wantedSecret = WantedSecret::Password;
-    } else if (outcome.isKeyLocked || outcome.isPassphraseNeeded) {
-        m_wantedSecret = WantedSecret::Passphrase;
+    if (outcome.isSecretWanted) {
+        m_wantedSecret =
+            m_server.authMethod == AuthMethod::Password ? WantedSecret::Password : WantedSecret::Passphrase;
     }
 }
 
@@ -205,12 +212,6 @@ void DashboardViewModel::connectionCame()
     }
 }
 
-void DashboardViewModel::setActive(bool isActive)
-{
-    m_isActive = isActive;
-    followMonitoring();
-}
-
 void DashboardViewModel::setExpanded(const QString &section, bool isExpanded)
 {
     if (isExpanded == this->isExpanded(section)) {
@@ -230,7 +231,7 @@ void DashboardViewModel::setExpanded(const QString &section, bool isExpanded)
 
 void DashboardViewModel::followMonitoring()
 {
-    if (m_isActive && isExpanded(kMonitoring)) {
+    if (isExpanded(kMonitoring)) {
         m_sampler.startMonitoring();
     } else {
         m_sampler.stopMonitoring();
@@ -242,6 +243,17 @@ void DashboardViewModel::detectGPUs()
     if (!gpuMetrics() && isConnected() && !std::exchange(m_isDetectingGPUs, true)) {
         whenDone(m_sampler.fetchGPUMetrics(), this, [this] { m_isDetectingGPUs = false; });
     }
+}
+
+QString DashboardViewModel::monitoringNote() const
+{
+    if (!isConnected()) {
+        return tr("paused: not connected");
+    }
+    if (const auto &since = m_sampler.silentSince()) {
+        return tr("no answer since %1").arg(QLocale().toString(since->toLocalTime(), u"HH:mm:ss"_s));
+    }
+    return tr("every %1 s").arg(MetricsSampler::kIntervalMs / 1000);
 }
 
 QString DashboardViewModel::sampleAge(qsizetype index) const

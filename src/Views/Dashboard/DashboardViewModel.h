@@ -13,8 +13,8 @@
 class Clock;
 class ServerStore;
 
-/// The first screen of one selected server: makes the connection, fetches the facts and, while the operator looks at
-/// them, samples the load. It may be destroyed at any moment; what is under way then ends by itself, and only the
+/// The first screen of one selected server: makes the connection, fetches the facts and, while that section is open,
+/// samples the load. It may be destroyed at any moment; what is under way then ends by itself, and only the
 /// store learns of it.
 class DashboardViewModel : public QObject
 {
@@ -65,6 +65,9 @@ public:
 
     WantedSecret wantedSecret() const { return m_wantedSecret; }
 
+    /// The operator asked for the last attempt; it was not the screen that made it by itself.
+    bool isAttemptAskedFor() const { return m_isAttemptAskedFor; }
+
     /// The question whether to disconnect is to be put before the operator.
     bool showingDisconnectAlert() const { return m_showingDisconnectAlert; }
 
@@ -89,6 +92,9 @@ public:
 
     bool isMonitoring() const { return m_sampler.isMonitoring(); }
 
+    /// How the samples come: at which interval, or since when they don't.
+    QString monitoringNote() const;
+
     /// How long ago the sample at this place of the history was taken, in words.
     QString sampleAge(qsizetype index) const;
 
@@ -96,9 +102,7 @@ public:
     static QList<DiskInfo> sortedDiskUsage(QList<DiskInfo> disks);
 
 public Q_SLOTS:
-    /// The screen comes on show, or goes. Samples are taken only while it is on show and the section is open.
-    void setActive(bool isActive);
-
+    /// Samples are taken while the section for them is open, on show or not.
     void setExpanded(const QString &section, bool isExpanded);
 
     /// Logs in, with `secret` if the operator typed one. Does nothing while a login that it made is under way.
@@ -134,6 +138,7 @@ private:
     static QCoro::Task<ConnectionOutcome> connectToServer(Services services, Server server,
                                                           std::optional<QString> secret);
 
+    void logIn(const std::optional<QString> &secret);
     void connectionEnded(const ConnectionOutcome &outcome, bool wasConnected);
     void showFailure(const ConnectionOutcome &outcome);
     void followStore(qsizetype index);
@@ -148,7 +153,7 @@ private:
     bool m_hasFailed = false;
     bool m_showingConnectionError = false;
     bool m_showingDisconnectAlert = false;
-    bool m_isActive = false;
+    bool m_isAttemptAskedFor = false;
     bool m_isDetectingGPUs = false;
     QString m_connectionErrorMessage;
     QString m_connectionErrorDetail;

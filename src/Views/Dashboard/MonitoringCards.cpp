@@ -1,17 +1,17 @@
 #include "Views/Dashboard/MonitoringCards.h"
 
-#include "Views/Components/ChartCard.h"
+#include "Views/Components/CompactMetricsCard.h"
 #include "Views/Components/Labels.h"
+#include "Views/Dashboard/CompactGPUCard.h"
 #include "Views/Dashboard/DashboardFigures.h"
 #include "Views/Dashboard/DashboardViewModel.h"
-#include "Views/Dashboard/GPUCard.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
-using LegendStyle = ChartCard::LegendStyle;
+using LegendStyle = CompactMetricsCard::LegendStyle;
 
 namespace
 {
@@ -59,11 +59,11 @@ MonitoringCards::MonitoringCards(const Theme &theme, const DashboardViewModel &m
     , m_model(model)
     , m_loading(new TextLabel(theme, TextStyle::Detail, tr("Loading metrics..."), TextLabel::Shade::Dim, this))
     , m_place(new QWidget(this))
-    , m_cpu(new ChartCard(theme, tr("CPU"), LegendStyle::OneLine, m_place))
-    , m_memory(new ChartCard(theme, tr("Memory"), LegendStyle::OneLine, m_place))
-    , m_network(new ChartCard(theme, tr("Network"), LegendStyle::TwoLines, m_place))
-    , m_diskIO(new ChartCard(theme, tr("Disk I/O"), LegendStyle::TwoLines, m_place))
-    , m_gpu(new GPUCard(theme, m_place))
+    , m_cpu(new CompactMetricsCard(theme, tr("CPU"), LegendStyle::OneLine, m_place))
+    , m_memory(new CompactMetricsCard(theme, tr("Memory"), LegendStyle::OneLine, m_place))
+    , m_network(new CompactMetricsCard(theme, tr("Network"), LegendStyle::TwoLines, m_place))
+    , m_diskIO(new CompactMetricsCard(theme, tr("Disk I/O"), LegendStyle::TwoLines, m_place))
+    , m_gpu(new CompactGPUCard(theme, m_place))
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -73,20 +73,25 @@ MonitoringCards::MonitoringCards(const Theme &theme, const DashboardViewModel &m
     auto *lines = new QVBoxLayout(m_place);
     lines->setContentsMargins(0, 0, 0, 0);
     lines->setSpacing(kGap);
-    for (ChartCard *card : {m_cpu, m_memory, m_network, m_diskIO, static_cast<ChartCard *>(m_gpu)}) {
+    for (CompactMetricsCard *card :
+         {m_cpu, m_memory, m_network, m_diskIO, static_cast<CompactMetricsCard *>(m_gpu)}) {
         card->chart().setAge([&model](qsizetype sample) { return model.sampleAge(sample); });
         m_lines.append(new QHBoxLayout);
         m_lines.constLast()->setSpacing(kGap);
         lines->addLayout(m_lines.constLast());
     }
-    for (ChartCard *card : {m_cpu, m_memory}) {
+    for (CompactMetricsCard *card : {m_cpu, m_memory}) {
         card->chart().setFormat(percent);
     }
-    for (ChartCard *card : {m_network, m_diskIO}) {
+    for (CompactMetricsCard *card : {m_network, m_diskIO}) {
         card->chart().setFormat(&DashboardFigures::formatRate);
         card->chart().setAutomaticMaximum(kLeastRateMaximum);
     }
-    connect(&model, &DashboardViewModel::sampled, this, &MonitoringCards::followModel);
+    connect(&model, &DashboardViewModel::sampled, this, [this] {
+        if (isVisible()) { // else with the next showing
+            followModel();
+        }
+    });
     arrange();
     followModel();
 }
@@ -124,12 +129,19 @@ void MonitoringCards::followModel()
     m_gpu->setMetrics(current->gpuMetrics.value_or(GPUMetrics()), history);
 }
 
-void MonitoringCards::showRates(ChartCard &card, const MetricChart::Curve &first, const MetricChart::Curve &second,
-                                const QList<double> &firstRates, const QList<double> &secondRates)
+void MonitoringCards::showRates(CompactMetricsCard &card, const MetricChart::Curve &first,
+                                const MetricChart::Curve &second, const QList<double> &firstRates,
+                                const QList<double> &secondRates)
 {
     card.setLegend({{first.name, first.tone, DashboardFigures::formatRate(firstRates.constLast())},
                     {second.name, second.tone, DashboardFigures::formatRate(secondRates.constLast())}});
     card.chart().setSamples({first, second}, {firstRates, secondRates});
+}
+
+void MonitoringCards::showEvent(QShowEvent *event)
+{
+    followModel();
+    QWidget::showEvent(event);
 }
 
 void MonitoringCards::resizeEvent(QResizeEvent *)
@@ -143,7 +155,7 @@ void MonitoringCards::arrange()
     if (std::exchange(m_arrangement, arrangement) == arrangement) {
         return;
     }
-    ChartCard *const cards[kCards]{m_cpu, m_memory, m_network, m_diskIO, m_gpu};
+    CompactMetricsCard *const cards[kCards]{m_cpu, m_memory, m_network, m_diskIO, m_gpu};
     int next = 0;
     for (qsizetype line = 0; line < arrangement.size(); ++line) {
         for (int i = 0; i < arrangement.at(line); ++i) {

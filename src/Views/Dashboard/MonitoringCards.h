@@ -2,9 +2,9 @@
 
 #include "Views/Components/MetricChart.h"
 
-class ChartCard;
+class CompactMetricsCard;
 class DashboardViewModel;
-class GPUCard;
+class CompactGPUCard;
 class QHBoxLayout;
 class QVBoxLayout;
 class TextLabel;
@@ -19,25 +19,26 @@ public:
     /// Both outlive it.
     MonitoringCards(const Theme &theme, const DashboardViewModel &model, QWidget *parent = nullptr);
 
-    ChartCard &cpu() const { return *m_cpu; }
+    CompactMetricsCard &cpu() const { return *m_cpu; }
 
-    ChartCard &memory() const { return *m_memory; }
+    CompactMetricsCard &memory() const { return *m_memory; }
 
-    ChartCard &network() const { return *m_network; }
+    CompactMetricsCard &network() const { return *m_network; }
 
-    ChartCard &diskIO() const { return *m_diskIO; }
+    CompactMetricsCard &diskIO() const { return *m_diskIO; }
 
-    GPUCard &gpu() const { return *m_gpu; }
+    CompactGPUCard &gpu() const { return *m_gpu; }
 
     /// Whether there is no sample yet.
     bool isLoading() const;
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
     void followModel();
-    static void showRates(ChartCard &card, const MetricChart::Curve &first, const MetricChart::Curve &second,
+    static void showRates(CompactMetricsCard &card, const MetricChart::Curve &first, const MetricChart::Curve &second,
                           const QList<double> &firstRates, const QList<double> &secondRates);
     void arrange();
 
@@ -45,10 +46,10 @@ private:
     TextLabel *m_loading;
     QWidget *m_place;
     QList<QHBoxLayout *> m_lines;
-    ChartCard *m_cpu;
-    ChartCard *m_memory;
-    ChartCard *m_network;
-    ChartCard *m_diskIO;
-    GPUCard *m_gpu;
+    CompactMetricsCard *m_cpu;
+    CompactMetricsCard *m_memory;
+    CompactMetricsCard *m_network;
+    CompactMetricsCard *m_diskIO;
+    CompactGPUCard *m_gpu;
     QList<int> m_arrangement;
 };

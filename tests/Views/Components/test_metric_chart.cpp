@@ -1,6 +1,6 @@
-#include "Views/Components/ChartCard.h"
 #include "Views/Components/ChartLibrary.h"
 #include "Views/Components/ChartReadOut.h"
+#include "Views/Components/CompactMetricsCard.h"
 #include "Views/Components/Disclosure.h"
 #include "Views/Components/MetricChart.h"
 #include "Views/Theme/Theme.h"
@@ -241,7 +241,7 @@ void TestMetricChart::anotherNumberOfCurves()
 
 void TestMetricChart::cardKeepsItsPlace()
 {
-    ChartCard card(m_theme, u"Network"_s, ChartCard::LegendStyle::TwoLines);
+    CompactMetricsCard card(m_theme, u"Network"_s, CompactMetricsCard::LegendStyle::TwoLines);
     card.setLegend({{u"Receive"_s, ToneName::Green, u"1 B/s"_s}, {u"Transmit"_s, ToneName::Blue, u"2 B/s"_s}});
     card.setFigure(u"1.0%"_s);
     card.resize(260, 170);

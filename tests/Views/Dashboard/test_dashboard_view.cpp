@@ -3,23 +3,24 @@
 #include "Services/Commands/NetworkCommands.h"
 #include "Services/Commands/SystemCommands.h"
 #include "Views/Components/AlertDialog.h"
-#include "Views/Components/ChartCard.h"
+#include "Views/Components/CompactMetricsCard.h"
 #include "Views/Components/Disclosure.h"
 #include "Views/Components/KeyValueGrid.h"
 #include "Views/Components/Labels.h"
 #include "Views/Components/Pill.h"
 #include "Views/Components/StatePage.h"
 #include "Views/Components/UsageBar.h"
+#include "Views/Dashboard/CompactGPUCard.h"
 #include "Views/Dashboard/DashboardContent.h"
 #include "Views/Dashboard/DashboardHeader.h"
 #include "Views/Dashboard/DashboardView.h"
 #include "Views/Dashboard/DashboardViewModel.h"
-#include "Views/Dashboard/GPUCard.h"
 #include "Views/Dashboard/GPUDeviceList.h"
 #include "Views/Dashboard/MonitoringCards.h"
 #include "Views/Dashboard/SecretForm.h"
 #include "Views/Dashboard/StorageDeviceTable.h"
 
+#include <QDialog>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -78,6 +79,7 @@ private Q_SLOTS:
     void statesInTheirOrder();
     void keptFactsShowAtOnce();
     void aFailureIsPutBeforeTheOperator();
+    void aFailureWaitsForItsTime();
     void aSecretIsTypedInTheAlert();
     void asksBeforeItDisconnects();
     void storageDevices();
@@ -234,6 +236,39 @@ void TestDashboardView::aFailureIsPutBeforeTheOperator()
     QVERIFY(!m_view->connectionAlert());
     QCOMPARE(m_view->page().message().title, u"Not Connected"_s);
     QCOMPARE(m_view->page().message().detail, u"ssh: connect to host h port 22: No route to host"_s);
+    QCOMPARE(m_view->page().message().explanation, m_model->connectionErrorMessage());
+    int stops = 0;
+    for (const QLabel *label : m_view->page().findChildren<QLabel *>()) {
+        stops += label->isVisible() && label->focusPolicy() == Qt::StrongFocus ? 1 : 0;
+    }
+    QCOMPARE(stops, 2); // both can be reached and copied
+}
+
+void TestDashboardView::aFailureWaitsForItsTime()
+{
+    m_transport->setLogin(false, "Permission denied");
+    m_transport->holdLogins();
+    open(m_transport->add(u"web"_s, AuthMethod::SshAgent));
+    QDialog sheet(m_view.get());
+    sheet.open();
+    m_transport->letLoginsEnd();
+    QTRY_COMPARE(m_model->connection(), DashboardViewModel::Connection::Failed);
+    QVERIFY(!m_view->connectionAlert()); // the operator is typing there
+    QCOMPARE(m_view->page().message().title, u"Not Connected"_s);
+    m_view->setActive(false);
+    sheet.close();
+    QTest::qWait(20);
+    QVERIFY(!m_view->connectionAlert()); // nor over another page
+    m_view->setActive(true);
+    QVERIFY(m_view->connectionAlert());
+    m_view->connectionAlert()->reject();
+
+    m_model->initiateConnection();
+    sheet.open();
+    QTRY_VERIFY(!m_model->isConnecting());
+    QVERIFY(!m_view->connectionAlert());
+    sheet.close();
+    QTRY_VERIFY(m_view->connectionAlert());
 }
 
 void TestDashboardView::aSecretIsTypedInTheAlert()
@@ -243,7 +278,12 @@ void TestDashboardView::aSecretIsTypedInTheAlert()
     QTRY_VERIFY(m_view->secretForm());
     for (int i = 0; i < 2; ++i) { // the second alert comes right after the first
         QLineEdit &field = m_view->secretForm()->field();
-        QTRY_VERIFY(field.hasFocus());
+        if (i == 0) { // nobody has asked for this one
+            QTest::qWait(20);
+            QVERIFY(!field.hasFocus());
+        } else {
+            QTRY_VERIFY(field.hasFocus());
+        }
         QTest::keyClicks(&field, u"wrong"_s);
         QTest::keyClick(&field, Qt::Key_Return);
         QVERIFY(m_model->isConnecting());
@@ -262,7 +302,15 @@ void TestDashboardView::asksBeforeItDisconnects()
     openConnected();
     QSignalSpy requests(m_model.get(), &DashboardViewModel::disconnectRequested);
     QPushButton &disconnectButton = m_view->header().disconnectButton();
-    QCOMPARE(disconnectButton.accessibleName(), u"Disconnect from web"_s);
+    QCOMPARE(disconnectButton.text(), u"Disconnect from web"_s);
+    Server server = m_model->server();
+    server.name = u"a & "_s + QString(200, u'w');
+    m_transport->store.updateServer(server);
+    QVERIFY(disconnectButton.text().startsWith(u"Disconnect from a && ww"_s) &&
+            disconnectButton.sizeHint().width() < 260);
+    QCOMPARE(disconnectButton.accessibleName(), u"Disconnect from "_s + server.name);
+    server.name = u"web"_s;
+    m_transport->store.updateServer(server);
     disconnectButton.click();
     QCOMPARE(m_view->disconnectAlert()->windowTitle(), u"Disconnect from Server"_s);
     QCOMPARE(m_view->disconnectAlert()->accessibleDescription(),
@@ -369,10 +417,15 @@ void TestDashboardView::monitoring()
     QCOMPARE(cards.gpu().figure(), u"0.0%"_s);
     QCOMPARE(cards.gpu().footnote(), u"No GPU devices detected"_s);
 
+    // With another page on show samples are taken, and drawn when this one is seen again.
     m_view->setActive(false);
-    QVERIFY(!m_model->isMonitoring());
-    m_view->setActive(true);
-    QVERIFY(m_model->isMonitoring());
+    m_view->hide();
+    QTRY_VERIFY(!m_transport->calls.isEmpty());
+    answerSamples(nvidia(6), 0);
+    QCOMPARE(m_model->metricsHistory().size(), 4);
+    QCOMPARE(cards.cpu().chart().points(0).size(), 3);
+    m_view->show();
+    QCOMPARE(cards.cpu().chart().points(0).size(), 4);
     m_view->content().section(DashboardViewModel::kMonitoring).header().click();
     QVERIFY(!m_model->isMonitoring());
 }
@@ -395,8 +448,8 @@ void TestDashboardView::cardsFitTheWidth()
     answerSamples(nvidia(6), 0);
     m_view->resize(width, 760);
     QCoreApplication::processEvents();
-    const QList<const ChartCard *> all{&cards.cpu(), &cards.memory(), &cards.network(), &cards.diskIO(),
-                                       &cards.gpu()};
+    const QList<const CompactMetricsCard *> all{&cards.cpu(), &cards.memory(), &cards.network(), &cards.diskIO(),
+                                                &cards.gpu()};
     int inTheFirstLine = 0;
     for (qsizetype i = 0; i < all.size(); ++i) {
         inTheFirstLine += all.at(i)->y() == cards.cpu().y() ? 1 : 0;

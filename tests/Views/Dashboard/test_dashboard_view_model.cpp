@@ -56,7 +56,7 @@ private Q_SLOTS:
     void editedWhileLoggingIn();
     void connectedElsewhere();
     void monitoringFollowsTheSection();
-    void monitoringFollowsTheScreen();
+    void tellsWhenTheServerIsSilent();
     void ratesBeginAnewAfterAReconnect();
     void closedAndOpenedAgainKeepsTheCurves();
     void looksForGPUs();
@@ -266,15 +266,19 @@ void TestDashboardViewModel::asksForAPassword()
     const auto &model = start(m_transport->add(u"web"_s, AuthMethod::Password));
     QTRY_COMPARE(model.wantedSecret(), WantedSecret::Password);
     QCOMPARE(m_transport->logins(), 0); // there was nothing to try
-    m_transport->setLogin(false, "Permission denied");
-    m_model->initiateConnection(u"wrong"_s);
-    QTRY_COMPARE(model.connection(), Connection::Failed);
-    QCOMPARE(model.wantedSecret(), WantedSecret::Password);
+    for (const auto &[error, wanted] :
+         {std::pair{"Permission denied", WantedSecret::Password}, std::pair{"Connection refused", WantedSecret::None},
+          std::pair{"No route to host", WantedSecret::None}}) {
+        m_transport->setLogin(false, error);
+        m_model->initiateConnection(u"typed"_s);
+        QTRY_COMPARE(model.connection(), Connection::Failed);
+        QCOMPARE(model.wantedSecret(), wanted);
+    }
     m_transport->setLogin(true);
     m_model->initiateConnection(u"secret"_s);
     QCOMPARE(model.wantedSecret(), WantedSecret::None);
     QTRY_COMPARE(model.connection(), Connection::Connected);
-    QCOMPARE(m_transport->logins(), 2);
+    QCOMPARE(m_transport->logins(), 4);
 }
 
 void TestDashboardViewModel::retries()
@@ -414,7 +418,6 @@ void TestDashboardViewModel::connectedElsewhere()
 void TestDashboardViewModel::monitoringFollowsTheSection()
 {
     const auto &model = startConnected();
-    m_model->setActive(true);
     QVERIFY(!model.isMonitoring());
     m_model->setExpanded(DashboardViewModel::kStorageDevices, true);
     QVERIFY(!model.isMonitoring() && m_transport->calls.isEmpty());
@@ -438,24 +441,33 @@ void TestDashboardViewModel::monitoringFollowsTheSection()
     QCOMPARE(model.metricsHistory().size(), 1);
 }
 
-void TestDashboardViewModel::monitoringFollowsTheScreen()
+void TestDashboardViewModel::tellsWhenTheServerIsSilent()
 {
     const auto &model = startConnected();
     m_model->setExpanded(DashboardViewModel::kMonitoring, true);
-    QVERIFY(!model.isMonitoring()); // nobody is looking
-    m_model->setActive(true);
-    QVERIFY(model.isMonitoring());
-    m_model->setActive(false);
-    QVERIFY(!model.isMonitoring());
-    m_model->setExpanded(DashboardViewModel::kMonitoring, false);
-    m_model->setActive(true);
-    QVERIFY(!model.isMonitoring());
+    answerSamples();
+    QCOMPARE(model.monitoringNote(), u"every 3 s"_s);
+    const QString since = u"no answer since "_s + m_transport->clock.now().toLocalTime().toString(u"HH:mm:ss"_s);
+    m_transport->clock.advance(3000);
+    QTRY_VERIFY(!m_transport->calls.isEmpty());
+    m_transport->answer({}, CommandResult::kSshFailed);
+    QTRY_COMPARE(model.monitoringNote(), since);
+    QCOMPARE(model.metricsHistory().size(), 1);
+    QTRY_VERIFY(!m_transport->calls.isEmpty());
+    answerSamples();
+    QCOMPARE(model.monitoringNote(), u"every 3 s"_s);
+
+    // A command that never ends tells nothing either.
+    QTRY_VERIFY(!m_transport->calls.isEmpty());
+    m_transport->clock.advance(MetricsSampler::kSilenceMs + 1);
+    QTRY_VERIFY(model.monitoringNote().startsWith(u"no answer since "_s));
+    m_transport->store.updateServerConnection(model.server(), false);
+    QCOMPARE(model.monitoringNote(), u"paused: not connected"_s);
 }
 
 void TestDashboardViewModel::ratesBeginAnewAfterAReconnect()
 {
     startConnected();
-    m_model->setActive(true);
     m_model->setExpanded(DashboardViewModel::kMonitoring, true);
     answerSamples(1'000'000);
     m_transport->store.updateServerConnection(m_model->server(), false);
@@ -475,7 +487,6 @@ void TestDashboardViewModel::ratesBeginAnewAfterAReconnect()
 void TestDashboardViewModel::closedAndOpenedAgainKeepsTheCurves()
 {
     startConnected();
-    m_model->setActive(true);
     m_model->setExpanded(DashboardViewModel::kMonitoring, true);
     answerSamples(1'000'000);
     QCOMPARE(m_model->metricsHistory().size(), 1);
@@ -516,7 +527,6 @@ void TestDashboardViewModel::looksForGPUs()
 void TestDashboardViewModel::goneWhileSampling()
 {
     startConnected();
-    m_model->setActive(true);
     m_model->setExpanded(DashboardViewModel::kMonitoring, true);
     QVERIFY(!m_transport->calls.isEmpty());
     m_model.reset();

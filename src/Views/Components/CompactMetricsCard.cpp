@@ -1,4 +1,4 @@
-#include "Views/Components/ChartCard.h"
+#include "Views/Components/CompactMetricsCard.h"
 
 #include "Views/Components/Labels.h"
 #include "Views/Components/Pill.h"
@@ -19,7 +19,7 @@ constexpr int kLegendColumns = 2;
 
 /// A large figure in a place of constant size, which it keeps without one as well, so that the titles of cards stand
 /// at one height: a new figure is painted, and nothing is laid out anew.
-class ChartCard::Figure : public QWidget
+class CompactMetricsCard::Figure : public QWidget
 {
 public:
     Figure(const Theme &theme, QWidget *parent)
@@ -57,7 +57,7 @@ private:
 };
 
 /// The dot and the name of a curve, and its figure; painted for the same reason.
-class ChartCard::LegendEntry : public QWidget
+class CompactMetricsCard::LegendEntry : public QWidget
 {
 public:
     LegendEntry(const Theme &theme, LegendStyle style, QWidget *parent)
@@ -117,7 +117,8 @@ private:
     LegendItem m_item;
 };
 
-ChartCard::ChartCard(const Theme &theme, const QString &title, LegendStyle legendStyle, QWidget *parent)
+CompactMetricsCard::CompactMetricsCard(const Theme &theme, const QString &title, LegendStyle legendStyle,
+                                       QWidget *parent)
     : Card(theme, title, parent)
     , m_theme(theme)
     , m_legendStyle(legendStyle)
@@ -137,17 +138,17 @@ ChartCard::ChartCard(const Theme &theme, const QString &title, LegendStyle legen
     m_footnote->hide();
 }
 
-void ChartCard::setFigure(const QString &figure, bool isWarning)
+void CompactMetricsCard::setFigure(const QString &figure, bool isWarning)
 {
     m_figure->set(figure, isWarning);
 }
 
-QString ChartCard::figure() const
+QString CompactMetricsCard::figure() const
 {
     return m_figure->text();
 }
 
-void ChartCard::setLegend(const QList<LegendItem> &items)
+void CompactMetricsCard::setLegend(const QList<LegendItem> &items)
 {
     while (m_entries.size() > items.size()) {
         delete m_entries.takeLast();
@@ -163,7 +164,7 @@ void ChartCard::setLegend(const QList<LegendItem> &items)
     }
 }
 
-QStringList ChartCard::legend() const
+QStringList CompactMetricsCard::legend() const
 {
     QStringList texts;
     for (const LegendEntry *entry : m_entries) {
@@ -172,7 +173,7 @@ QStringList ChartCard::legend() const
     return texts;
 }
 
-void ChartCard::setFootnote(const QString &footnote)
+void CompactMetricsCard::setFootnote(const QString &footnote)
 {
     if (m_footnote->text() != footnote) {
         m_footnote->setText(footnote);
@@ -180,7 +181,7 @@ void ChartCard::setFootnote(const QString &footnote)
     }
 }
 
-QString ChartCard::footnote() const
+QString CompactMetricsCard::footnote() const
 {
     return m_footnote->text();
 }

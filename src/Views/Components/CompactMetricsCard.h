@@ -7,7 +7,7 @@ class QGridLayout;
 
 /// A card with a chart, its figure of the moment beside the title and, where there are several curves, a legend with
 /// the figure of each.
-class ChartCard : public Card
+class CompactMetricsCard : public Card
 {
     Q_OBJECT
 
@@ -24,7 +24,7 @@ public:
     /// How an entry of the legend stands: its figure behind its name, or below it.
     enum class LegendStyle { OneLine, TwoLines };
 
-    ChartCard(const Theme &theme, const QString &title, LegendStyle legendStyle, QWidget *parent = nullptr);
+    CompactMetricsCard(const Theme &theme, const QString &title, LegendStyle legendStyle, QWidget *parent = nullptr);
 
     MetricChart &chart() const { return *m_chart; }
 

@@ -1,4 +1,4 @@
-#include "Views/Dashboard/GPUCard.h"
+#include "Views/Dashboard/CompactGPUCard.h"
 
 #include "Views/Dashboard/DashboardFigures.h"
 
@@ -20,7 +20,7 @@ QMap<int, QList<double>> curvesOf(const QList<MetricsSnapshot> &history)
 {
     QMap<int, QList<double>> curves;
     for (const GPUChartDataPoint &point : DashboardFigures::buildChartData(history)) {
-        if (!curves.contains(point.gpuIndex) && curves.size() == GPUCard::kMostCurves) {
+        if (!curves.contains(point.gpuIndex) && curves.size() == CompactGPUCard::kMostCurves) {
             continue;
         }
         QList<double> &values = curves[point.gpuIndex];
@@ -38,14 +38,14 @@ ToneName toneOf(int gpuIndex)
 
 } // namespace
 
-GPUCard::GPUCard(const Theme &theme, QWidget *parent)
-    : ChartCard(theme, tr("GPU"), LegendStyle::OneLine, parent)
+CompactGPUCard::CompactGPUCard(const Theme &theme, QWidget *parent)
+    : CompactMetricsCard(theme, tr("GPU"), LegendStyle::OneLine, parent)
 {
     chart().setMaximum(100);
     chart().setFormat([](double value) { return DashboardFigures::utilizationText(value).trimmed(); });
 }
 
-void GPUCard::setMetrics(const GPUMetrics &gpuMetrics, const QList<MetricsSnapshot> &metricsHistory)
+void CompactGPUCard::setMetrics(const GPUMetrics &gpuMetrics, const QList<MetricsSnapshot> &metricsHistory)
 {
     const double average = DashboardFigures::averageUtilization(gpuMetrics);
     setFigure(DashboardFigures::figure(average, u"%"_s), average > DashboardFigures::kBusyGPU);

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Models/Metrics.h"
-#include "Views/Components/ChartCard.h"
+#include "Views/Components/CompactMetricsCard.h"
 
 /// The mean load of the graphics processors, a curve for each of them, and the first ones by name.
-class GPUCard : public ChartCard
+class CompactGPUCard : public CompactMetricsCard
 {
     Q_OBJECT
 
@@ -12,7 +12,7 @@ public:
     /// Processors that get a curve; a server may tell of any number.
     static constexpr qsizetype kMostCurves = 16;
 
-    explicit GPUCard(const Theme &theme, QWidget *parent = nullptr);
+    explicit CompactGPUCard(const Theme &theme, QWidget *parent = nullptr);
 
     void setMetrics(const GPUMetrics &gpuMetrics, const QList<MetricsSnapshot> &metricsHistory);
 };
