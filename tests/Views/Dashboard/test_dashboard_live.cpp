@@ -1,9 +1,7 @@
-#include "rig/RigSshd.h"
-#include "rig/TestTransport.h"
+#include "Views/LiveServers.h"
 
-#include "Models/ServerStore.h"
 #include "Views/Components/AlertDialog.h"
-#include "Views/Components/ChartCard.h"
+#include "Views/Components/CompactMetricsCard.h"
 #include "Views/Components/Disclosure.h"
 #include "Views/Components/KeyValueGrid.h"
 #include "Views/Components/StatePage.h"
@@ -11,34 +9,31 @@
 #include "Views/Dashboard/DashboardView.h"
 #include "Views/Dashboard/DashboardViewModel.h"
 #include "Views/Dashboard/MonitoringCards.h"
-#include "Views/Dashboard/SecretForm.h"
-#include "Views/Theme/Theme.h"
 
-#include <QLineEdit>
 #include <QPushButton>
 #include <QSysInfo>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
 using Connection = DashboardViewModel::Connection;
 
-namespace
-{
-
-constexpr int kPatience = 20'000;
-
-} // namespace
-
 /// The dashboard on a real sshd: facts, moving curves, and each failure in its words.
-class TestDashboardLive : public QObject
+class TestDashboardLive : public QObject, private LiveServers
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+
+    void initTestCase() { QVERIFY2(up(), qPrintable(m_sshd.error())); }
+
+    void init() { begin(); }
+
+    void cleanup()
+    {
+        m_view.reset();
+        m_model.reset();
+        end();
+    }
 
     void factsAndMovingCurves();
     void failuresInWords_data();
@@ -67,43 +62,15 @@ private:
         QCOMPARE(m_view->connectionAlert()->accessibleDescription(), m_model->connectionErrorMessage());
     }
 
-    void type(const QString &secret)
+    void typeSecret(const QString &secret)
     {
         QTRY_VERIFY(m_view->secretForm());
-        QLineEdit &field = m_view->secretForm()->field();
-        field.insert(secret); // key events of QtTest are ASCII only
-        QTest::keyClick(&field, Qt::Key_Return);
+        type(m_view->secretForm(), secret);
     }
 
-    RigSshd m_sshd;
-    Theme m_theme;
-    std::unique_ptr<TestTransport> m_transport;
-    std::unique_ptr<ServerStore> m_store;
     std::unique_ptr<DashboardViewModel> m_model;
     std::unique_ptr<DashboardView> m_view;
 };
-
-void TestDashboardLive::initTestCase()
-{
-    QVERIFY2(m_sshd.up(RigSshd::isRoot() ? RigSshd::Accounts::Created : RigSshd::Accounts::Present),
-             qPrintable(m_sshd.error()));
-    m_theme.install();
-}
-
-void TestDashboardLive::init()
-{
-    m_transport = std::make_unique<TestTransport>();
-    m_store = std::make_unique<ServerStore>(m_transport->defaults, m_transport->clock);
-}
-
-void TestDashboardLive::cleanup()
-{
-    m_view.reset();
-    m_model.reset();
-    m_transport->quit(); // whoever waits is resumed while the store still stands
-    m_store.reset();
-    m_transport.reset();
-}
 
 void TestDashboardLive::factsAndMovingCurves()
 {
@@ -192,12 +159,12 @@ void TestDashboardLive::wrongPassword()
     const QString message = u"Failed to connect. Please check your password and try again."_s;
     QCOMPARE(m_model->connectionErrorMessage(), message);
     QVERIFY(m_model->connectionErrorDetail().isEmpty());
-    type(u"wrong"_s);
+    typeSecret(u"wrong"_s);
     QVERIFY(m_model->isConnecting());
     failed();
     QCOMPARE(m_model->connectionErrorMessage(), message);
     QVERIFY(m_model->connectionErrorDetail().contains(u"Permission denied"_s));
-    type(m_sshd.password());
+    typeSecret(m_sshd.password());
     QTRY_VERIFY_WITH_TIMEOUT(m_model->isConnected(), kPatience);
     QVERIFY(!m_view->connectionAlert());
 }
@@ -215,10 +182,10 @@ void TestDashboardLive::lockedKey()
                             "4. Save the server and try connecting again"_s;
     failed();
     QCOMPARE(m_model->connectionErrorMessage(), message);
-    type(u"wrong"_s);
+    typeSecret(u"wrong"_s);
     failed();
     QCOMPARE(m_model->connectionErrorMessage(), message);
-    type(m_sshd.passphrase());
+    typeSecret(m_sshd.passphrase());
     QTRY_VERIFY_WITH_TIMEOUT(m_model->isConnected(), kPatience);
 }
 

@@ -1,8 +1,6 @@
-#include "rig/RigSshd.h"
-#include "rig/TestTransport.h"
+#include "Views/LiveServers.h"
 
 #include "Helpers/Tasks.h"
-#include "Models/ServerStore.h"
 #include "Views/Components/AlertDialog.h"
 #include "Views/Components/KeyValueGrid.h"
 #include "Views/Components/Pill.h"
@@ -12,32 +10,31 @@
 #include "Views/Dashboard/DashboardHeader.h"
 #include "Views/Dashboard/DashboardView.h"
 #include "Views/Dashboard/DashboardViewModel.h"
-#include "Views/Dashboard/SecretForm.h"
-#include "Views/Shell/ContentView.h"
-#include "Views/Shell/ServerListModel.h"
-#include "Views/Shell/ServerListView.h"
-#include "Views/Theme/Theme.h"
 
 #include <QAccessible>
-#include <QLineEdit>
-#include <QListView>
 #include <QPushButton>
 #include <QSysInfo>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
 using Connection = DashboardViewModel::Connection;
 
 /// The real window on a real server.
-class TestFirstWindow : public QObject
+class TestFirstWindow : public QObject, private LiveServers
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+
+    void initTestCase() { QVERIFY2(up(), qPrintable(m_sshd.error())); }
+
+    void init()
+    {
+        begin();
+        openWindow();
+    }
+
+    void cleanup() { end(); }
 
     void emptyStore();
     void showsTheFacts();
@@ -48,78 +45,29 @@ private Q_SLOTS:
     void closedWithCommandsInFlight();
 
 private:
-    Server add(const QString &name, AuthMethod method, const QString &account = {})
-    {
-        Server server = TestTransport::server(m_sshd, method, account);
-        server.name = name;
-        m_store->addServer(server);
-        return server;
-    }
-
-    void click(int row)
-    {
-        QListView &list = m_window->serverList().list();
-        QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
-                          list.visualRect(m_window->serverList().model().index(row)).center());
-    }
-
-    // What a failed login asks for is typed, and sent off by Return.
-    void type(const QString &secret)
+    void typeSecret(const QString &secret)
     {
         QTRY_VERIFY(m_window->dashboard()->secretForm());
-        QLineEdit &field = m_window->dashboard()->secretForm()->field();
-        field.insert(secret); // key events of QtTest are ASCII only
-        QTest::keyClick(&field, Qt::Key_Return);
+        type(m_window->dashboard()->secretForm(), secret);
     }
-
-    RigSshd m_sshd;
-    Theme m_theme;
-    std::unique_ptr<TestTransport> m_transport;
-    std::unique_ptr<ServerStore> m_store;
-    std::unique_ptr<ContentView> m_window;
 };
-
-void TestFirstWindow::initTestCase()
-{
-    QVERIFY2(m_sshd.up(RigSshd::isRoot() ? RigSshd::Accounts::Created : RigSshd::Accounts::Present),
-             qPrintable(m_sshd.error()));
-    m_theme.install();
-}
-
-void TestFirstWindow::init()
-{
-    m_transport = std::make_unique<TestTransport>();
-    m_store = std::make_unique<ServerStore>(m_transport->defaults, m_transport->clock);
-    m_window = std::make_unique<ContentView>(
-        m_theme, ContentView::Services{*m_store, m_transport->manager, m_transport->clock});
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-}
-
-void TestFirstWindow::cleanup()
-{
-    m_window.reset();
-    m_transport->quit(); // whoever waits is resumed while the store still stands
-    m_store.reset();
-    m_transport.reset();
-}
 
 void TestFirstWindow::emptyStore()
 {
     const auto *page = m_window->findChild<StatePage *>();
     QCOMPARE(page->message().title, u"No servers yet"_s);
-    add(u"first"_s, AuthMethod::PublicKey);
+    add(u"first"_s);
     QCOMPARE(page->message().title, u"No Server Selected"_s);
     QVERIFY(!m_window->dashboard());
 }
 
 void TestFirstWindow::showsTheFacts()
 {
-    const Server server = add(u"<b>This machine</b>"_s, AuthMethod::PublicKey);
-    click(0);
+    const Server server = add(u"<b>This machine</b>"_s);
+    clickServer(server);
     const DashboardView &dashboard = *m_window->dashboard();
     QCOMPARE(dashboard.header().state().text(), u"Connecting"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(dashboard.page().state(), StatePage::State::Content, 20'000);
+    QTRY_COMPARE_WITH_TIMEOUT(dashboard.page().state(), StatePage::State::Content, kPatience);
     QCOMPARE(dashboard.header().state().text(), u"Connected"_s);
     QTRY_VERIFY(!m_window->dashboardModel()->isRefreshing());
 
@@ -154,10 +102,10 @@ void TestFirstWindow::showsTheFacts()
 
 void TestFirstWindow::everyControlHasAName()
 {
-    add(u"web"_s, AuthMethod::PublicKey);
+    const Server server = add(u"web"_s);
     m_window->addNotice(u"A notice"_s);
-    click(0);
-    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboard()->page().state(), StatePage::State::Content, 20'000);
+    clickServer(server);
+    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboard()->page().state(), StatePage::State::Content, kPatience);
     for (const QWidget *widget : m_window->findChildren<QWidget *>()) {
         if (widget->focusPolicy() != Qt::NoFocus && widget->isVisible() &&
             !widget->objectName().startsWith("qt_"_L1)) {
@@ -172,18 +120,17 @@ void TestFirstWindow::everyControlHasAName()
 void TestFirstWindow::wrongPassword()
 {
     RIG_NEEDS_ROOT();
-    add(u"web"_s, AuthMethod::Password, m_sshd.passwordAccount());
-    click(0);
+    clickServer(add(u"web"_s, AuthMethod::Password, m_sshd.passwordAccount()));
     QTRY_COMPARE(m_window->dashboardModel()->connection(), Connection::Failed); // none is stored
-    type(u"wrong"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboardModel()->connection(), Connection::Failed, 20'000);
+    typeSecret(u"wrong"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboardModel()->connection(), Connection::Failed, kPatience);
     QCOMPARE(m_window->dashboardModel()->connectionErrorMessage(),
              u"Failed to connect. Please check your password and try again."_s);
     QVERIFY(m_window->dashboardModel()->connectionErrorDetail().contains(u"Permission denied"_s));
     QCOMPARE(m_window->dashboard()->header().state().text(), u"Disconnected"_s);
 
-    type(m_sshd.password());
-    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboard()->page().state(), StatePage::State::Content, 20'000);
+    typeSecret(m_sshd.password());
+    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboard()->page().state(), StatePage::State::Content, kPatience);
     QVERIFY(!m_window->dashboard()->secretForm());
 }
 
@@ -192,34 +139,34 @@ void TestFirstWindow::lockedKey()
     Server server = TestTransport::server(m_sshd, AuthMethod::PublicKey);
     server.privateKeyPath = m_sshd.passphraseKey();
     m_store->addServer(server);
-    click(0);
-    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboardModel()->connection(), Connection::Failed, 20'000);
+    clickServer(server);
+    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboardModel()->connection(), Connection::Failed, kPatience);
     QVERIFY(m_window->dashboardModel()->connectionErrorMessage().startsWith(
         u"SSH key requires a passphrase.\n\nTo add a passphrase:\n1. "_s));
-    type(m_sshd.passphrase());
-    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboard()->page().state(), StatePage::State::Content, 20'000);
+    typeSecret(m_sshd.passphrase());
+    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboard()->page().state(), StatePage::State::Content, kPatience);
 }
 
 void TestFirstWindow::anotherServerInTheMiddle()
 {
-    add(u"one"_s, AuthMethod::PublicKey);
-    add(u"two"_s, AuthMethod::PublicKey);
-    click(0);
+    const Server one = add(u"one"_s);
+    const Server two = add(u"two"_s);
+    clickServer(one);
     const QPointer first(m_window->dashboardModel());
-    click(1);
+    clickServer(two);
     QVERIFY(!first);
     QCOMPARE(m_window->dashboardModel()->server().name, u"two"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboard()->page().state(), StatePage::State::Content, 20'000);
+    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboard()->page().state(), StatePage::State::Content, kPatience);
     QTRY_VERIFY(m_store->servers().at(0).isConnected); // it did answer
-    click(0);
-    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboard()->page().state(), StatePage::State::Content, 20'000);
+    clickServer(one);
+    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboard()->page().state(), StatePage::State::Content, kPatience);
 }
 
 void TestFirstWindow::closedWithCommandsInFlight()
 {
-    const Server server = add(u"web"_s, AuthMethod::PublicKey);
-    click(0);
-    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboardModel()->connection(), Connection::Connected, 20'000);
+    const Server server = add(u"web"_s);
+    clickServer(server);
+    QTRY_COMPARE_WITH_TIMEOUT(m_window->dashboardModel()->connection(), Connection::Connected, kPatience);
     int answered = 0;
     for (int i = 0; i < 50; ++i) {
         whenDone(m_transport->manager.executeCommand(u"sleep 60; echo late"_s, server, false), m_window.get(),

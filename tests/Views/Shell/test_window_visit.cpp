@@ -1,54 +1,38 @@
-#include "rig/RigSshd.h"
-#include "rig/TestTransport.h"
+#include "Views/LiveServers.h"
 
 #include "Helpers/Tasks.h"
-#include "Models/ServerStore.h"
 #include "Views/Components/AlertDialog.h"
 #include "Views/Components/SectionPage.h"
-#include "Views/Shell/ContentView.h"
 #include "Views/Shell/ContentViewModel.h"
 #include "Views/Shell/HistoryButtons.h"
 #include "Views/Shell/NavigationSidebarView.h"
 #include "Views/Shell/SectionPages.h"
-#include "Views/Shell/ServerListModel.h"
-#include "Views/Shell/ServerListView.h"
-#include "Views/Theme/Theme.h"
 
-#include <QListView>
 #include <QPushButton>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
 /// A person's way through the window, on a real server.
-class TestWindowVisit : public QObject
+class TestWindowVisit : public QObject, private LiveServers
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+
+    void initTestCase() { QVERIFY2(up(RigSshd::Accounts::Present), qPrintable(m_sshd.error())); }
+
+    void init()
+    {
+        begin();
+        openWindow();
+    }
+
+    void cleanup() { end(); }
 
     void fromTheFirstServerToTheLast();
     void closedInTheMiddle();
 
 private:
-    Server add(const QString &name)
-    {
-        Server server = TestTransport::server(m_sshd, AuthMethod::PublicKey);
-        server.name = name;
-        m_store->addServer(server);
-        return server;
-    }
-
-    void clickServer(const Server &server)
-    {
-        QListView &list = m_window->serverList().list();
-        const QRect row = list.visualRect(m_window->serverList().model().indexOf(server.id));
-        QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, row.center());
-    }
-
     void clickSection(MainTab tab)
     {
         QListView &list = m_window->navigationSidebar().list();
@@ -73,37 +57,7 @@ private:
         button.click();
         QCoreApplication::processEvents();
     }
-
-    RigSshd m_sshd;
-    Theme m_theme;
-    std::unique_ptr<TestTransport> m_transport;
-    std::unique_ptr<ServerStore> m_store;
-    std::unique_ptr<ContentView> m_window;
 };
-
-void TestWindowVisit::initTestCase()
-{
-    QVERIFY2(m_sshd.up(), qPrintable(m_sshd.error()));
-    m_theme.install();
-}
-
-void TestWindowVisit::init()
-{
-    m_transport = std::make_unique<TestTransport>();
-    m_store = std::make_unique<ServerStore>(m_transport->defaults, m_transport->clock);
-    m_window = std::make_unique<ContentView>(
-        m_theme, ContentView::Services{*m_store, m_transport->manager, m_transport->clock});
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-}
-
-void TestWindowVisit::cleanup()
-{
-    m_window.reset();
-    m_transport->quit(); // whoever waits is resumed while the store still stands
-    m_store.reset();
-    m_transport.reset();
-}
 
 void TestWindowVisit::fromTheFirstServerToTheLast()
 {
