@@ -266,33 +266,31 @@ void TableModel::moveTo(const Rows &target)
     if (target == m_shown) {
         return;
     }
-    const std::vector<int> places = placesOf(target, m_identities.size());
-    const auto stays = [&](int record) { return places[static_cast<size_t>(record)] >= 0; };
-
-    // Rows that stay go into their order, the others behind them, where one range takes them away; new rows come to
-    // the end as one range and then go to their places.
-    Rows next;
-    next.reserve(m_shown.size());
-    std::ranges::copy_if(target, std::back_inserter(next),
-                         [shown = placesOf(m_shown, m_identities.size())](int record) {
-                             return shown[static_cast<size_t>(record)] >= 0;
-                         });
-    const auto staying = static_cast<int>(next.size());
-    std::ranges::copy_if(m_shown, std::back_inserter(next), [&](int record) { return !stays(record); });
-    permute(std::move(next));
-
-    if (staying < rowCount()) {
-        beginRemoveRows({}, staying, rowCount() - 1);
-        m_shown.resize(static_cast<size_t>(staying));
+    // New rows come to the end as one range; then all go to their places in one step, those without a place behind
+    // the others, where one range takes them away. What a view keeps for each selected cell is moved only once.
+    const std::vector<int> shown = placesOf(m_shown, m_identities.size());
+    const auto isNew = [&](int record) { return shown[static_cast<size_t>(record)] < 0; };
+    const auto coming = static_cast<int>(std::ranges::count_if(target, isNew));
+    if (coming == static_cast<int>(target.size()) && !m_shown.empty()) { // none stays
+        beginRemoveRows({}, 0, rowCount() - 1);
+        m_shown.clear();
         endRemoveRows();
     }
-    if (staying < static_cast<int>(target.size())) {
-        const std::vector<int> shown = placesOf(m_shown, m_identities.size());
-        beginInsertRows({}, staying, static_cast<int>(target.size()) - 1);
-        std::ranges::copy_if(target, std::back_inserter(m_shown),
-                             [&](int record) { return shown[static_cast<size_t>(record)] < 0; });
+    if (coming > 0) {
+        beginInsertRows({}, rowCount(), rowCount() + coming - 1);
+        std::ranges::copy_if(target, std::back_inserter(m_shown), isNew);
         endInsertRows();
-        permute(target);
+    }
+    const std::vector<int> places = placesOf(target, m_identities.size());
+    Rows next = target;
+    std::ranges::copy_if(m_shown, std::back_inserter(next),
+                         [&](int record) { return places[static_cast<size_t>(record)] < 0; });
+    permute(std::move(next));
+    const auto staying = static_cast<int>(target.size());
+    if (staying < rowCount()) {
+        beginRemoveRows({}, staying, rowCount() - 1);
+        m_shown.resize(target.size());
+        endRemoveRows();
     }
 }
 
