@@ -1,9 +1,8 @@
 #pragma once
 
-#include <QElapsedTimer>
-#include <QTimer>
 #include <QWidget>
 
+class Motion;
 class Theme;
 
 /// A line of two pixels that moves while something is under way. It always takes its place, so that nothing jumps.
@@ -16,16 +15,12 @@ public:
 
     void setActive(bool isActive);
 
-    bool isActive() const { return m_isActive; }
+    bool isActive() const;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void showEvent(QShowEvent *event) override;
-    void hideEvent(QHideEvent *event) override;
 
 private:
     const Theme &m_theme;
-    QTimer m_frames;
-    QElapsedTimer m_clock;
-    bool m_isActive = false;
+    Motion *m_motion;
 };

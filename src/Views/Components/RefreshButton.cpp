@@ -1,5 +1,6 @@
 #include "Views/Components/RefreshButton.h"
 
+#include "Views/Components/Motion.h"
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/Theme.h"
 
@@ -9,7 +10,6 @@
 namespace
 {
 
-constexpr int kFrameMs = 33;
 constexpr int kTurnMs = 1000;
 constexpr int kWidth = 32;
 
@@ -18,16 +18,15 @@ constexpr int kWidth = 32;
 RefreshButton::RefreshButton(const Theme &theme, const QString &help, QWidget *parent)
     : QPushButton(parent)
     , m_theme(theme)
+    , m_motion(new Motion(*this))
 {
     const QString name = help.isEmpty() ? tr("Refresh") : help;
     setAccessibleName(name);
     setToolTip(name);
     setAutoDefault(false);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    m_frames.setInterval(kFrameMs);
-    connect(&m_frames, &QTimer::timeout, this, qOverload<>(&QWidget::update));
     connect(this, &QPushButton::clicked, this, [this] {
-        if (!m_isRefreshing) {
+        if (!isRefreshing()) {
             Q_EMIT refreshRequested();
         }
     });
@@ -35,38 +34,19 @@ RefreshButton::RefreshButton(const Theme &theme, const QString &help, QWidget *p
 
 void RefreshButton::setRefreshing(bool isRefreshing)
 {
-    if (std::exchange(m_isRefreshing, isRefreshing) == isRefreshing) {
-        return;
+    if (m_motion->setActive(isRefreshing)) {
+        setAccessibleDescription(isRefreshing ? tr("Refreshing") : QString());
     }
-    setAccessibleDescription(isRefreshing ? tr("Refreshing") : QString());
-    if (isRefreshing) {
-        m_clock.start();
-        if (isVisible()) {
-            m_frames.start();
-        }
-    } else {
-        m_frames.stop();
-    }
-    update();
+}
+
+bool RefreshButton::isRefreshing() const
+{
+    return m_motion->isActive();
 }
 
 QSize RefreshButton::sizeHint() const
 {
     return {kWidth, Metrics::kControlHeight};
-}
-
-void RefreshButton::showEvent(QShowEvent *event)
-{
-    QPushButton::showEvent(event);
-    if (m_isRefreshing) {
-        m_frames.start();
-    }
-}
-
-void RefreshButton::hideEvent(QHideEvent *event)
-{
-    QPushButton::hideEvent(event);
-    m_frames.stop();
 }
 
 void RefreshButton::paintEvent(QPaintEvent *)
@@ -77,12 +57,12 @@ void RefreshButton::paintEvent(QPaintEvent *)
     initStyleOption(&option);
     style()->drawControl(QStyle::CE_PushButtonBevel, &option, &painter, this);
     const Tokens &t = m_theme.tokens();
-    const QColor &color = !isEnabled() ? t.faint : m_isRefreshing ? t.accent.color : t.text;
+    const QColor &color = !isEnabled() ? t.faint : isRefreshing() ? t.accent.color : t.text;
     const QPixmap picture = Icons::pixmap(IconName::Refresh, color, Metrics::kIconSize, devicePixelRatioF());
     const QPointF middle = QRectF(rect()).center();
     painter.translate(middle);
-    if (m_isRefreshing) {
-        painter.rotate(360.0 * static_cast<double>(m_clock.elapsed() % kTurnMs) / kTurnMs);
+    if (isRefreshing()) {
+        painter.rotate(360.0 * m_motion->phase(kTurnMs));
     }
     painter.drawPixmap(QPointF(-Metrics::kIconSize / 2.0, -Metrics::kIconSize / 2.0), picture);
 }

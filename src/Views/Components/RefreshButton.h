@@ -1,9 +1,8 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QPushButton>
-#include <QTimer>
 
+class Motion;
 class Theme;
 
 /// A button with a round arrow that turns while a refresh runs. Meanwhile pressing it does nothing; it keeps the
@@ -18,7 +17,7 @@ public:
 
     void setRefreshing(bool isRefreshing);
 
-    bool isRefreshing() const { return m_isRefreshing; }
+    bool isRefreshing() const;
 
     QSize sizeHint() const override;
 
@@ -27,12 +26,8 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void showEvent(QShowEvent *event) override;
-    void hideEvent(QHideEvent *event) override;
 
 private:
     const Theme &m_theme;
-    QTimer m_frames;
-    QElapsedTimer m_clock;
-    bool m_isRefreshing = false;
+    Motion *m_motion;
 };
