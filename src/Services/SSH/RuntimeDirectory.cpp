@@ -2,6 +2,7 @@
 
 #include "Helpers/Log.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -19,6 +20,11 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("RuntimeDirectory", text);
+}
 
 constexpr auto kSocketFolder = "tw_ssh"_L1;
 
@@ -40,7 +46,7 @@ int openPrivateDirectory(const QString &path, QString &reason)
 {
     const QByteArray name = QFile::encodeName(path);
     if (mkdir(name.constData(), S_IRWXU) != 0 && errno != EEXIST) {
-        reason = u"cannot be made: "_s + qt_error_string(errno);
+        reason = tr("cannot be made: %1").arg(qt_error_string(errno));
         return -1;
     }
     const int fd = ::open(name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
@@ -50,14 +56,14 @@ int openPrivateDirectory(const QString &path, QString &reason)
         const bool isLink = lstat(name.constData(), &entry) == 0 && S_ISLNK(entry.st_mode);
         const QString why =
             cause == ENOTDIR ? u"is not a directory"_s : u"cannot be opened: "_s + qt_error_string(cause);
-        reason = isLink ? u"is a symbolic link"_s : why;
+        reason = isLink ? tr("is a symbolic link") : why;
         return -1;
     }
     struct stat s;
     if (fstat(fd, &s) != 0 || s.st_uid != geteuid()) {
-        reason = u"belongs to another user"_s;
+        reason = tr("belongs to another user");
     } else if ((s.st_mode & ALLPERMS) != S_IRWXU && fchmod(fd, S_IRWXU) != 0) {
-        reason = u"is open to others: "_s + qt_error_string(errno);
+        reason = tr("is open to others: %1").arg(qt_error_string(errno));
     } else {
         return fd;
     }
@@ -119,7 +125,7 @@ void RuntimeDirectory::release()
 
 void RuntimeDirectory::refuse(const QString &reason)
 {
-    m_refusal = u"The directory for temporary files %1 %2."_s.arg(m_path, reason);
+    m_refusal = tr("The directory for temporary files %1 %2.").arg(m_path, reason);
     Log::warning(m_refusal, Log::Category::Ssh);
     release();
 }
@@ -130,7 +136,7 @@ void RuntimeDirectory::open()
     struct stat parent;
     const QString parentPath = QFileInfo(m_path).path();
     if (stat(QFile::encodeName(parentPath).constData(), &parent) != 0 || !isSafeParent(parent)) {
-        refuse(u"stands in a directory where others could replace it"_s);
+        refuse(tr("stands in a directory where others could replace it"));
         return;
     }
     QString reason;
@@ -146,7 +152,7 @@ void RuntimeDirectory::lock()
 {
     m_lock = openat(m_directory, "lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (m_lock < 0) {
-        refuse(u"takes no lock: "_s + qt_error_string(errno));
+        refuse(tr("takes no lock: %1").arg(qt_error_string(errno)));
         return;
     }
     m_alone = lockFile(m_lock, LOCK_EX);

@@ -1,5 +1,7 @@
 #include "Services/SSH/SessionSecretStore.h"
 
+#include <QCoreApplication>
+
 using namespace Qt::StringLiterals;
 
 SessionSecretStore::SessionSecretStore(std::chrono::milliseconds limit)
@@ -41,8 +43,10 @@ QCoro::Task<QString> SessionSecretStore::notice()
 {
     const SecretStore *const memory = &m_memory;
     const SecretStore *const store = co_await chosen();
-    co_return store == memory ? u"No keyring answers: passwords are kept in memory until Tarnwell quits."_s
-                              : QString();
+    co_return store == memory
+        ? QCoreApplication::translate("SessionSecretStore",
+                                      "No keyring answers: passwords are kept in memory until Tarnwell quits.")
+        : QString();
 }
 
 QCoro::Task<SecretStatus> SessionSecretStore::add(QString account, QByteArray secret)
