@@ -152,7 +152,8 @@ void AddEditServerView::addPrivateKey()
 void AddEditServerView::addOptions()
 {
     const AddEditServerViewModel::Form &form = m_model->form();
-    addRow(tr("Labels"), new LabelEditor(m_theme, *m_model, this));
+    m_labels = new LabelEditor(m_theme, *m_model, this);
+    m_labelsRow = addRow(tr("Labels"), m_labels);
 
     auto *sudo = new QCheckBox(tr("Enable passwordless sudo for privileged operations"), this);
     sudo->setChecked(form.useSudo);
@@ -253,6 +254,8 @@ void AddEditServerView::showErrors()
     for (const auto &[field, row] : m_rows.asKeyValueRange()) {
         row->setError(m_model->invalidFields().value(field));
     }
+    const auto &invalid = m_model->invalidFields();
+    m_labelsRow->setError(invalid.value(Field::NewLabelKey, invalid.value(Field::NewLabelValue)));
     if (m_model->showingValidationErrors() && !m_errors) {
         tellErrors();
     }
@@ -280,6 +283,13 @@ void AddEditServerView::focusFirstError()
             m_rows.value(field)->field()->setFocus(Qt::OtherFocusReason);
             reveal(m_rows.value(field));
             return;
+        }
+    }
+    for (const auto &[field, entry] :
+         {std::pair{Field::NewLabelKey, &m_labels->keyField()}, {Field::NewLabelValue, &m_labels->valueField()}}) {
+        if (m_model->invalidFields().contains(field)) {
+            entry->setFocus(Qt::OtherFocusReason);
+            reveal(m_labelsRow);
         }
     }
 }

@@ -59,6 +59,8 @@ private:
     const Theme &m_theme;
     AddEditServerViewModel *m_model;
     QMap<AddEditServerViewModel::Field, FormRow *> m_rows;
+    LabelEditor *m_labels = nullptr;
+    FormRow *m_labelsRow = nullptr;
     SegmentedControl *m_method = nullptr;
     FormRow *m_passwordRow = nullptr;
     QLineEdit *m_password = nullptr;

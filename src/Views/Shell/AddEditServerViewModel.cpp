@@ -202,12 +202,14 @@ void AddEditServerViewModel::setPassphrase(const QString &passphrase)
 
 void AddEditServerViewModel::setNewLabelKey(const QString &key)
 {
-    set(m_form.newLabelKey, key);
+    m_invalidFields.remove(Field::NewLabelValue); // a label that is not begun lacks nothing
+    set(m_form.newLabelKey, key, Field::NewLabelKey);
 }
 
 void AddEditServerViewModel::setNewLabelValue(const QString &value)
 {
-    set(m_form.newLabelValue, value);
+    m_invalidFields.remove(Field::NewLabelKey);
+    set(m_form.newLabelValue, value, Field::NewLabelValue);
 }
 
 void AddEditServerViewModel::setUseSudo(bool useSudo)
@@ -298,11 +300,23 @@ QStringList AddEditServerViewModel::validateInputs() const
     return messages;
 }
 
-bool AddEditServerViewModel::reportProblems()
+// A label that was begun would be lost without a word.
+QList<AddEditServerViewModel::Problem> AddEditServerViewModel::labelProblems() const
+{
+    const bool hasKey = !m_form.newLabelKey.trimmed().isEmpty();
+    const bool hasValue = !m_form.newLabelValue.trimmed().isEmpty();
+    if (hasKey == hasValue) {
+        return {};
+    }
+    return {hasKey ? Problem(Field::NewLabelValue, tr("The new label has no value"))
+                   : Problem(Field::NewLabelKey, tr("The new label has no key"))};
+}
+
+bool AddEditServerViewModel::report(const QList<Problem> &problems)
 {
     m_invalidFields.clear();
     m_validationErrors.clear();
-    for (const auto &[field, message] : problems()) {
+    for (const auto &[field, message] : problems) {
         m_invalidFields.insert(field, message);
         m_validationErrors.append(message);
     }
@@ -438,7 +452,7 @@ void AddEditServerViewModel::retryKeychainAccess()
 
 void AddEditServerViewModel::testConnection()
 {
-    if (m_activity != Activity::None || reportProblems()) {
+    if (m_activity != Activity::None || report(problems())) {
         return;
     }
     Server temporary = record();
@@ -472,7 +486,7 @@ void AddEditServerViewModel::validateAndSaveServer()
         return;
     }
     addLabel();
-    if (reportProblems()) {
+    if (report(problems() + labelProblems())) {
         return;
     }
     if (m_form.useSudo) {

@@ -45,7 +45,7 @@ public:
     };
 
     /// Where a message of the validation belongs.
-    enum class Field { Name, Host, Username, Port, PrivateKeyPath, Agent };
+    enum class Field { Name, Host, Username, Port, PrivateKeyPath, Agent, NewLabelKey, NewLabelValue };
 
     enum class Activity { None, TestingConnection, CheckingSudo, Saving };
 
@@ -162,7 +162,8 @@ private:
     void edited();
     void findSavedSecrets();
     QList<Problem> problems() const;
-    bool reportProblems();
+    QList<Problem> labelProblems() const;
+    bool report(const QList<Problem> &problems);
     Server record() const;
     Server recordOf(const Form &form) const;
     QString account(QString (*accountOf)(const Server &)) const;

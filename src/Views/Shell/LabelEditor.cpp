@@ -162,6 +162,9 @@ void LabelEditor::showState()
             field->setText(text);
         }
     }
+    const auto &invalid = m_model.invalidFields();
+    setFieldIsWrong(*m_key, invalid.contains(AddEditServerViewModel::Field::NewLabelKey));
+    setFieldIsWrong(*m_value, invalid.contains(AddEditServerViewModel::Field::NewLabelValue));
     m_add->setEnabled(!form.newLabelKey.trimmed().isEmpty() && !form.newLabelValue.trimmed().isEmpty());
 
     QStringList labels;

@@ -318,6 +318,17 @@ void TestAddEditServerView::labels()
     labels.chips().constFirst()->setFocus();
     QTest::keyClick(labels.chips().constFirst(), Qt::Key_Delete);
     QVERIFY(texts().isEmpty());
+
+    // Half a label is not dropped silently.
+    QTest::keyClicks(&labels.keyField(), u"env"_s);
+    QTest::keyClick(&field(sheet, u"Name"_s), Qt::Key_Return);
+    auto *alert = sheet.findChild<AlertDialog *>();
+    QVERIFY(alert);
+    QCOMPARE(alert->accessibleDescription(), u"The new label has no value"_s);
+    alert->buttons().constFirst()->click();
+    QTRY_VERIFY(labels.valueField().hasFocus());
+    QVERIFY(m_list->editor());
+    labels.keyField().clear();
     QTest::keyClick(&field(sheet, u"Name"_s), Qt::Key_Return);
     QTRY_VERIFY(!m_list->editor());
     QVERIFY(m_transport->store.servers().constFirst().labels.isEmpty());
