@@ -1,6 +1,5 @@
 #include "Views/Shell/NavigationSidebarView.h"
 
-#include "Views/Components/Pill.h"
 #include "Views/Shell/ContentViewModel.h"
 #include "Views/Shell/HistoryButtons.h"
 #include "Views/Shell/Sections.h"
@@ -23,19 +22,6 @@ constexpr QMargins kOuter(8, 0, 8, 1);
 constexpr int kRowHeight = 30;
 constexpr int kPadding = 9;
 constexpr int kMarkRole = Qt::UserRole;
-
-QString described(SectionMark mark)
-{
-    switch (mark) {
-    case SectionMark::News:
-        return NavigationSidebarView::tr("New output");
-    case SectionMark::Attention:
-        return NavigationSidebarView::tr("Asks for attention");
-    case SectionMark::None:
-        break;
-    }
-    return {};
-}
 
 MainTab tabOf(const QModelIndex &index)
 {
@@ -65,7 +51,7 @@ public:
         case Qt::ToolTipRole:
             return Sections::toolTip(tabOf(index));
         case Qt::AccessibleDescriptionRole:
-            return QStringList{Sections::shortcutText(tabOf(index)), described(m_model.mark(tabOf(index)))}
+            return QStringList{Sections::shortcutText(tabOf(index)), Sections::described(m_model.mark(tabOf(index)))}
                 .join(u' ')
                 .trimmed();
         case kMarkRole:
@@ -106,13 +92,11 @@ public:
 
         const QColor color = isSelected ? t.accent.text : t.dim;
         QRect inside = ground.adjusted(kPadding, 0, -kPadding, 0);
-        painter->drawPixmap(inside.left(), inside.center().y() - Metrics::kIconSize / 2 + 1,
-                            Icons::pixmap(Sections::of(tabOf(index)).icon, color, Metrics::kIconSize,
-                                          painter->device()->devicePixelRatioF()));
-        if (const auto mark = static_cast<SectionMark>(index.data(kMarkRole).toInt()); mark != SectionMark::None) {
-            StateDot::paint(*painter, QPointF(inside.left() + Metrics::kIconSize, ground.center().y() - 6),
-                            mark == SectionMark::Attention ? t.orange.color : t.accent.color);
-        }
+        const QPoint icon(inside.left(), inside.center().y() - Metrics::kIconSize / 2 + 1);
+        painter->drawPixmap(icon, Icons::pixmap(Sections::of(tabOf(index)).icon, color, Metrics::kIconSize,
+                                                painter->device()->devicePixelRatioF()));
+        Sections::paintMark(*painter, m_theme, static_cast<SectionMark>(index.data(kMarkRole).toInt()),
+                            icon + QPoint(Metrics::kIconSize, 0));
         inside.adjust(Metrics::kIconSize + kPadding, 0, 0, 0);
         const QString title = Sections::title(tabOf(index));
         const QFont &font = isSelected ? m_selectedFont : m_font;

@@ -31,6 +31,13 @@ public:
         setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     }
 
+    void setMark(SectionMark mark)
+    {
+        m_mark = mark;
+        setAccessibleDescription(Sections::described(mark));
+        update();
+    }
+
     QSize sizeHint() const override
     {
         const int title = isChecked() ? kGap + fontMetrics().horizontalAdvance(Sections::title(m_tab)) + 1 : 0;
@@ -52,8 +59,10 @@ protected:
             painter.drawRoundedRect(rect(), Metrics::kControlRadius, Metrics::kControlRadius);
         }
         const QColor color = isChecked() ? t.accent.text : t.dim;
-        painter.drawPixmap(kPadding, (height() - Metrics::kIconSize) / 2,
+        const QPoint icon(kPadding, (height() - Metrics::kIconSize) / 2);
+        painter.drawPixmap(icon,
                            Icons::pixmap(Sections::of(m_tab).icon, color, Metrics::kIconSize, devicePixelRatioF()));
+        Sections::paintMark(painter, m_theme, m_mark, icon + QPoint(Metrics::kIconSize, 0));
         if (isChecked()) {
             painter.setPen(color);
             painter.drawText(rect().adjusted(kPadding + Metrics::kIconSize + kGap, 0, 0, 0),
@@ -67,6 +76,7 @@ protected:
 private:
     const Theme &m_theme;
     MainTab m_tab;
+    SectionMark m_mark = SectionMark::None;
 };
 
 } // namespace
@@ -81,6 +91,12 @@ SectionStrip::SectionStrip(const Theme &theme, ContentViewModel &model, QWidget 
     for (const MainTab tab : allCases<MainTab>()) {
         auto *button = new SectionButton(theme, tab, this);
         connect(button, &QPushButton::clicked, this, [this, tab] { m_model.chooseTab(tab); });
+        connect(&model, &ContentViewModel::markChanged, button, [this, tab, button](MainTab marked) {
+            if (marked == tab) {
+                button->setMark(m_model.mark(tab));
+            }
+        });
+        button->setMark(model.mark(tab));
         line->addWidget(button);
         m_buttons.append(button);
     }

@@ -2,6 +2,7 @@
 
 #include "Views/Components/Labels.h"
 #include "Views/Components/Panel.h"
+#include "Views/Components/Pill.h"
 #include "Views/Components/SectionPage.h"
 #include "Views/Dashboard/DashboardView.h"
 #include "Views/Dashboard/DashboardViewModel.h"
@@ -9,6 +10,7 @@
 #include "Views/Ports/PortsViewModel.h"
 #include "Views/Processes/ProcessesView.h"
 #include "Views/Processes/ProcessesViewModel.h"
+#include "Views/Shell/ContentViewModel.h"
 #include "Views/Terminal/TerminalView.h"
 #include "Views/Users/UsersView.h"
 #include "Views/Users/UsersViewModel.h"
@@ -131,6 +133,28 @@ QString Sections::toolTip(MainTab tab)
 {
     const QString shortcut = shortcutText(tab);
     return shortcut.isEmpty() ? title(tab) : title(tab) + u" ("_s + shortcut + u')';
+}
+
+QString Sections::described(SectionMark mark)
+{
+    switch (mark) {
+    case SectionMark::News:
+        return QCoreApplication::translate("Sections", "New output");
+    case SectionMark::Attention:
+        return QCoreApplication::translate("Sections", "Asks for attention");
+    case SectionMark::None:
+        break;
+    }
+    return {};
+}
+
+void Sections::paintMark(QPainter &painter, const Theme &theme, SectionMark mark, const QPointF &iconTopRight)
+{
+    if (mark != SectionMark::None) {
+        const Tokens &t = theme.tokens();
+        StateDot::paint(painter, iconTopRight + QPointF(0, 2),
+                        mark == SectionMark::Attention ? t.orange.color : t.accent.color);
+    }
 }
 
 SectionPage *Sections::makePage(MainTab tab, const Theme &theme, const SectionServices &services,

@@ -4,9 +4,12 @@
 #include "Models/Server.h"
 #include "Views/Theme/Icons.h"
 
+enum class SectionMark;
 class Clock;
 class CommandSSHManager;
 class GlobalTerminalSessionManager;
+class QPainter;
+class QPointF;
 class QWidget;
 class SectionNavigation;
 class SectionPage;
@@ -47,6 +50,12 @@ QString toolTip(MainTab tab);
 
 /// What selects the section from the keyboard, as it is shown; empty for none.
 QString shortcutText(MainTab tab);
+
+/// What a mark says, in words; empty for none.
+QString described(SectionMark mark);
+
+/// A dot at the upper right of the section's icon; nothing for no mark.
+void paintMark(QPainter &painter, const Theme &theme, SectionMark mark, const QPointF &iconTopRight);
 
 SectionPage *makePage(MainTab tab, const Theme &theme, const SectionServices &services, const Server &server,
                       QWidget *parent);
