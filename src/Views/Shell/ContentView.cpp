@@ -131,6 +131,8 @@ void ContentView::connectModel()
     connect(m_model, &ContentViewModel::isConnectingChanged, this, [this](const QUuid &server) {
         m_serverList->model().setConnecting(server, m_model->isConnecting(server));
     });
+    connect(m_model, &ContentViewModel::placeChanged, m_serverList, &ServerListView::dropPendingSelection);
+    connect(m_page, &StatePage::retryRequested, m_model, [this] { m_model->setShowingAddServer(true); });
     connect(m_model, &ContentViewModel::isCompactModeChanged, this, [this] { arrange(true); });
     connect(m_model, &ContentViewModel::isSidebarVisibleChanged, this, [this] { arrange(true); });
     connect(m_model, &ContentViewModel::showingDisconnectAlertChanged, this, &ContentView::followDisconnectAlert);
@@ -222,14 +224,11 @@ void ContentView::showWithoutServer()
     if (m_services.store.selectedServer()) {
         return;
     }
-    if (m_services.store.servers().isEmpty()) {
-        m_page->showEmpty({tr("No servers yet"), tr("The servers that you look after appear here."), {}});
-    } else {
-        m_page->showEmpty({tr("No Server Selected"),
-                           m_model->isCompactMode() ? tr("Select a server from the dropdown to start managing it")
-                                                    : tr("Select a server from the left panel to start managing it"),
-                           {}});
-    }
+    m_page->showEmpty({tr("No Server Selected"),
+                       m_model->isCompactMode() ? tr("Select a server from the dropdown to start managing it")
+                                                : tr("Select a server from the left panel to start managing it"),
+                       {}},
+                      m_services.store.servers().isEmpty() ? tr("Add Server...") : QString());
 }
 
 // The dashboard connects when it comes up.
@@ -277,11 +276,11 @@ void ContentView::followAddServer(bool isShowing)
     }
 }
 
-// The list comes back where it was put away; the header has the servers' menu in its place.
+// The list comes back where it was put away; the header has a list of its own in its place.
 void ContentView::focusSearch()
 {
     if (m_model->isCompactMode()) {
-        m_compactHeader->servers().setFocus(Qt::ShortcutFocusReason);
+        m_compactHeader->servers().openList();
         return;
     }
     m_model->setSidebarVisible(true);

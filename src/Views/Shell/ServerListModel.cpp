@@ -163,13 +163,14 @@ QVariant ServerListModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
         return PlainText::oneLine(server.name);
     case Qt::ToolTipRole:
-        return PlainText::toolTip(PlainText::oneLine(server.name) + u'\n' + address(server));
+        return PlainText::toolTip(
+            (QStringList{PlainText::oneLine(server.name), address(server)} + labels(server)).join(u'\n'));
     case Qt::AccessibleTextRole: {
         const State state = stateOf(server);
         const QString word = state == State::Connected    ? tr("Connected")
                              : state == State::Connecting ? tr("Connecting")
                                                           : tr("Not connected");
-        return QStringList{PlainText::oneLine(server.name), address(server), word}.join(u", "_s);
+        return (QStringList{PlainText::oneLine(server.name), address(server), word} + labels(server)).join(u", "_s);
     }
     case AddressRole:
         return address(server);

@@ -6,7 +6,7 @@
 #include "Views/Components/PlainText.h"
 #include "Views/Components/SearchField.h"
 #include "Views/Shell/AddEditServerView.h"
-#include "Views/Shell/ListMessage.h"
+#include "Views/Shell/ServerBrowser.h"
 #include "Views/Shell/ServerListModel.h"
 #include "Views/Shell/ServerRowDelegate.h"
 #include "Views/Theme/Icons.h"
@@ -17,7 +17,6 @@
 #include <QListView>
 #include <QMenu>
 #include <QPushButton>
-#include <QStackedLayout>
 #include <QToolTip>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -28,14 +27,6 @@ namespace
 {
 
 constexpr int kRestMs = 200;
-constexpr int kMargin = 12;
-constexpr qsizetype kLongestQuotedText = 120;
-
-QString quoted(const QString &text)
-{
-    const QString line = PlainText::oneLine(text);
-    return line.size() > kLongestQuotedText ? line.left(kLongestQuotedText) + u'…' : line;
-}
 
 } // namespace
 
@@ -44,64 +35,36 @@ ServerListView::ServerListView(const Theme &theme, const AddEditServerViewModel:
     , m_theme(theme)
     , m_services(services)
     , m_store(services.store)
-    , m_model(new ServerListModel(services.store, this))
-    , m_search(new SearchField(theme, tr("Search servers, labels (key:value)..."), this))
+    , m_browser(new ServerBrowser(theme, services.store, this))
+    , m_model(&m_browser->model())
+    , m_list(&m_browser->list())
     , m_add(new QPushButton(Icons::icon(IconName::Add, theme), {}, this))
-    , m_list(new QListView(this))
-    , m_delegate(new ServerRowDelegate(theme, m_list))
-    , m_message(new ListMessage(theme, this))
-    , m_pages(new QStackedLayout)
     , m_total(new TextLabel(theme, TextStyle::Small, {}, TextLabel::Shade::Dim, this))
     , m_connected(new TextLabel(theme, TextStyle::Small, {}, TextLabel::Shade::Dim, this))
 {
-    m_search->setToolTip(tr("Search servers, labels (key:value)..."));
-    m_search->installEventFilter(this);
-
     m_add->setToolTip(tr("Add server"));
     m_add->setAccessibleName(tr("Add server"));
     connect(m_add, &QPushButton::clicked, this, &ServerListView::addServer);
+    m_browser->addBesideSearch(m_add);
 
-    m_list->setModel(m_model);
-    m_list->setItemDelegate(m_delegate);
-    m_list->setAccessibleName(tr("Servers"));
-    m_list->setFrameShape(QFrame::NoFrame);
-    m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_list->setMouseTracking(true);
-    m_list->viewport()->setAutoFillBackground(false);
-    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_list->installEventFilter(this);
     m_list->viewport()->installEventFilter(this);
     setFocusProxy(m_list);
 
     layOut(theme);
     connectList();
-    connect(m_search, &SearchField::textChanged, m_model, &ServerListModel::setSearchText);
-    connect(m_search, &SearchField::textChanged, this, &ServerListView::showState);
-    connect(&m_message->button(), &QPushButton::clicked, m_search, [this] {
-        m_search->clear();
-        m_search->setFocus();
-    });
+    connect(&searchField(), &SearchField::textChanged, this, &ServerListView::showState);
     ServerStore &store = services.store;
     connect(&store, &ServerStore::selectedServerChanged, this, &ServerListView::followSelection);
     connect(&store, &ServerStore::serversAdded, this, &ServerListView::storeChanged);
     connect(&store, &ServerStore::serverUpdated, this, &ServerListView::storeChanged);
     connect(&store, &ServerStore::serverRemoved, this, &ServerListView::storeChanged);
-    connect(&store, &ServerStore::importErrorChanged, this, &ServerListView::showImportError);
+    connect(&store, &ServerStore::importErrorChanged, this, &ServerListView::importErrorChanged);
     storeChanged();
 }
 
 void ServerListView::layOut(const Theme &theme)
 {
-    auto *bar = new QHBoxLayout;
-    bar->setContentsMargins(kMargin, kMargin, kMargin, 8);
-    bar->setSpacing(8);
-    bar->addWidget(m_search, 1);
-    bar->addWidget(m_add);
-
-    m_pages->addWidget(m_list);
-    m_pages->addWidget(m_message);
-
     auto *footer = new Panel(theme, &Tokens::side, Qt::TopEdge, this);
     auto *counts = new QHBoxLayout(footer);
     counts->setContentsMargins(14, 9, 14, 9);
@@ -112,8 +75,7 @@ void ServerListView::layOut(const Theme &theme)
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    column->addLayout(bar);
-    column->addLayout(m_pages, 1);
+    column->addWidget(m_browser, 1);
     column->addWidget(footer);
 }
 
@@ -128,17 +90,21 @@ void ServerListView::connectList()
         }
     });
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, &m_rest, qOverload<>(&QTimer::start));
-    connect(m_list, &QListView::clicked, this, &ServerListView::selectCurrent);
-    connect(m_list, &QListView::activated, this, &ServerListView::selectCurrent);
+    connect(m_browser, &ServerBrowser::chosen, this, &ServerListView::selectCurrent);
     // Where the current row goes, the list makes a neighbour the current one. Nobody has chosen that.
     connect(m_model, &ServerListModel::rowsRemoved, this, &ServerListView::dropPendingSelection);
     connect(m_model, &ServerListModel::modelReset, this, &ServerListView::dropPendingSelection);
 }
 
+SearchField &ServerListView::searchField() const
+{
+    return m_browser->searchField();
+}
+
 void ServerListView::focusSearch()
 {
-    m_search->setFocus(Qt::ShortcutFocusReason);
-    m_search->selectAll();
+    searchField().setFocus(Qt::ShortcutFocusReason);
+    searchField().selectAll();
 }
 
 bool ServerListView::eventFilter(QObject *watched, QEvent *event)
@@ -148,34 +114,11 @@ bool ServerListView::eventFilter(QObject *watched, QEvent *event)
     if (watched == m_list->viewport() && isPress) {
         return static_cast<QMouseEvent *>(event)->button() == Qt::RightButton;
     }
-    if (event->type() == QEvent::KeyPress) {
+    if (watched == m_list && event->type() == QEvent::KeyPress) {
         const auto *press = static_cast<QKeyEvent *>(event);
-        const bool isPlain = !(press->modifiers() & ~Qt::KeypadModifier);
-        return isPlain &&
-               ((watched == m_search && searchKey(press->key())) || (watched == m_list && listKey(press->key())));
+        return !(press->modifiers() & ~Qt::KeypadModifier) && listKey(press->key());
     }
     return Panel::eventFilter(watched, event);
-}
-
-bool ServerListView::searchKey(int key)
-{
-    switch (key) {
-    case Qt::Key_Down:
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        if (m_model->rowCount() > 0) {
-            if (!m_list->currentIndex().isValid()) {
-                m_list->setCurrentIndex(m_model->index(0));
-            }
-            m_list->setFocus(Qt::OtherFocusReason);
-            if (key != Qt::Key_Down) {
-                selectCurrent();
-            }
-        }
-        return true;
-    default:
-        return false;
-    }
 }
 
 bool ServerListView::listKey(int key)
@@ -243,7 +186,7 @@ void ServerListView::contextMenuEvent(QContextMenuEvent *event)
 void ServerListView::openMenu(const QModelIndex &index, const QPoint &place)
 {
     const auto server = index.isValid() ? m_store.server(index.data(ServerListModel::IdRole).toUuid()) : std::nullopt;
-    if (!server || m_pages->currentWidget() != m_list) {
+    if (!server || !m_browser->showsRows()) {
         return;
     }
     m_menu = new QMenu(this);
@@ -264,7 +207,7 @@ void ServerListView::openMenu(const QModelIndex &index, const QPoint &place)
 
 void ServerListView::mark(const QModelIndex &index)
 {
-    m_delegate->setMarked(index);
+    m_browser->delegate().setMarked(index);
     m_list->viewport()->update();
 }
 
@@ -276,7 +219,8 @@ void ServerListView::askToDelete(const QUuid &id)
     }
     AlertDialog::Content content;
     content.title = tr("Delete Server");
-    content.text = tr("Are you sure you want to delete server '%1'from the list?").arg(quoted(server->name));
+    content.text =
+        tr("Are you sure you want to delete server '%1'from the list?").arg(PlainText::excerpt(server->name));
     content.buttons = {{tr("Cancel")}, {tr("Delete"), ButtonKind::Danger}};
     m_question = new AlertDialog(m_theme, content, window());
     connect(m_question, &AlertDialog::answered, this, [this, id](qsizetype button) {
@@ -288,18 +232,33 @@ void ServerListView::askToDelete(const QUuid &id)
     m_question->open();
 }
 
-void ServerListView::showImportError()
+void ServerListView::importErrorChanged()
 {
-    if (!m_store.showImportError() || (m_importError && m_importError->isVisible())) {
+    if (!m_store.showImportError()) {
         return;
     }
-    const QString text = m_store.importError().value_or(QString());
+    const QString error = m_store.importError().value_or(QString());
+    if (m_importError && m_importError->isVisible()) {
+        m_furtherImportErrors.append(error);
+    } else {
+        showImportError(error);
+    }
+}
+
+void ServerListView::showImportError(const QString &error)
+{
     AlertDialog::Content content;
     content.title = tr("Import Error");
-    content.text = text.isEmpty() ? tr("An error occurred while importing SSH config") : text;
+    content.text = error.isEmpty() ? tr("An error occurred while importing SSH config") : error;
     content.buttons = {{tr("OK")}};
     m_importError = new AlertDialog(m_theme, content, window());
-    connect(m_importError, &AlertDialog::answered, this, [this] { m_store.setShowImportError(false); });
+    connect(m_importError, &AlertDialog::answered, this, [this] {
+        if (m_furtherImportErrors.isEmpty()) {
+            m_store.setShowImportError(false);
+        } else {
+            showImportError(m_furtherImportErrors.takeFirst());
+        }
+    });
     m_importError->open();
 }
 
@@ -317,14 +276,26 @@ void ServerListView::selectCurrent()
     }
 }
 
+// Another server was selected, here or elsewhere; or only its record changed, which ends no walk down the list.
 void ServerListView::followSelection()
 {
-    const auto &selected = m_store.selectedServer();
-    const QModelIndex index = selected ? m_model->indexOf(selected->id) : QModelIndex();
-    if (m_list->currentIndex() != index && !m_rest.isActive()) {
-        m_list->setCurrentIndex(index);
-        m_rest.stop();
+    const QUuid id = m_store.selectedServer() ? m_store.selectedServer()->id : QUuid();
+    const bool isAnother = std::exchange(m_followed, id) != id;
+    if (isAnother || !m_rest.isActive()) {
+        showSelection();
     }
+}
+
+void ServerListView::showSelection()
+{
+    const QModelIndex index = m_model->indexOf(m_followed);
+    QItemSelectionModel &selection = *m_list->selectionModel();
+    if (!index.isValid()) {
+        selection.clear();
+    } else if (m_list->currentIndex() != index || !selection.isSelected(index)) {
+        selection.setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    }
+    m_rest.stop();
 }
 
 void ServerListView::dropPendingSelection()
@@ -336,20 +307,10 @@ void ServerListView::dropPendingSelection()
 void ServerListView::showState()
 {
     const QList<Server> &servers = m_store.servers();
-    const QString text = m_search->text();
-    m_total->setText(!text.isEmpty()       ? tr("%L1 of %L2 servers").arg(m_model->rowCount()).arg(servers.size())
+    const bool isFiltered = !searchField().text().isEmpty();
+    m_total->setText(isFiltered            ? tr("%L1 of %L2 servers").arg(m_model->rowCount()).arg(servers.size())
                      : servers.size() == 1 ? tr("1 server")
                                            : tr("%L1 servers").arg(servers.size()));
-    if (m_model->rowCount() > 0) {
-        m_pages->setCurrentWidget(m_list);
-        return;
-    }
-    if (servers.isEmpty()) {
-        m_message->setMessage(tr("No Servers"), {}, {});
-    } else {
-        m_message->setMessage(tr("No Results"), tr("No servers match '%1'").arg(quoted(text)), tr("Clear Search"));
-    }
-    m_pages->setCurrentWidget(m_message);
 }
 
 void ServerListView::storeChanged()

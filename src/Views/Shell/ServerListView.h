@@ -5,20 +5,19 @@
 
 #include <QPersistentModelIndex>
 #include <QPointer>
+#include <QStringList>
 #include <QTimer>
+#include <QUuid>
 
 class AddEditServerView;
 class AlertDialog;
-class ListMessage;
 class QListView;
 class QMenu;
 class QModelIndex;
 class QPushButton;
-class QStackedLayout;
-class QUuid;
 class SearchField;
+class ServerBrowser;
 class ServerListModel;
-class ServerRowDelegate;
 class ServerStore;
 class TextLabel;
 
@@ -36,7 +35,7 @@ public:
 
     ServerListModel &model() const { return *m_model; }
 
-    SearchField &searchField() const { return *m_search; }
+    SearchField &searchField() const;
 
     QString footer() const;
 
@@ -59,6 +58,9 @@ public Q_SLOTS:
     /// Asks before the server goes. Does nothing for one that is connected or not there.
     void askToDelete(const QUuid &id);
 
+    /// A row that was reached by a key and not selected yet is not going to be.
+    void dropPendingSelection();
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
@@ -66,7 +68,6 @@ protected:
 private:
     void layOut(const Theme &theme);
     void connectList();
-    bool searchKey(int key);
     bool listKey(int key);
     void openEditor(const std::optional<Server> &server);
     void refuse(const QModelIndex &index, const QString &reason);
@@ -74,26 +75,26 @@ private:
     void mark(const QModelIndex &index);
     void selectCurrent();
     void followSelection();
-    void dropPendingSelection();
+    void showSelection();
     void showState();
     void storeChanged();
-    void showImportError();
+    void importErrorChanged();
+    void showImportError(const QString &error);
 
     const Theme &m_theme;
     AddEditServerViewModel::Services m_services;
     ServerStore &m_store;
-    ServerListModel *m_model;
-    SearchField *m_search;
-    QPushButton *m_add;
+    ServerBrowser *m_browser;
+    ServerListModel *m_model; // the browser's, as is the list
     QListView *m_list;
-    ServerRowDelegate *m_delegate;
-    ListMessage *m_message;
-    QStackedLayout *m_pages;
+    QPushButton *m_add;
     TextLabel *m_total;
     TextLabel *m_connected;
     QTimer m_rest;
+    QUuid m_followed; // the selected server that the list has shown
     QPointer<AddEditServerView> m_editor;
     QPointer<QMenu> m_menu;
     QPointer<AlertDialog> m_question; // about the server that is to be deleted
     QPointer<AlertDialog> m_importError;
+    QStringList m_furtherImportErrors; // to be told after that one
 };

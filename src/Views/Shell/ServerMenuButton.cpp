@@ -4,10 +4,13 @@
 #include "Views/Components/Pill.h"
 #include "Views/Components/PlainText.h"
 #include "Views/Shell/ContentViewModel.h"
+#include "Views/Shell/ServerBrowser.h"
+#include "Views/Shell/ServerListModel.h"
+#include "Views/Shell/ServerPopup.h"
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/Theme.h"
 
-#include <QMenu>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QStyleOptionButton>
 
@@ -22,23 +25,6 @@ constexpr int kChevron = 10;
 constexpr int kGreatestWidth = 220;
 constexpr int kLeastWidth = 90;
 
-QIcon dotIcon(const QColor &color, qreal pixelRatio)
-{
-    QPixmap picture(QSize(Metrics::kIconSize, Metrics::kIconSize) * pixelRatio);
-    picture.setDevicePixelRatio(pixelRatio);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    StateDot::paint(painter, {Metrics::kIconSize / 2.0, Metrics::kIconSize / 2.0}, color);
-    return picture;
-}
-
-// A menu takes "&" for the mark of a key.
-QString menuText(const QString &name)
-{
-    return PlainText::oneLine(name).replace(u'&', "&&"_L1);
-}
-
 } // namespace
 
 ServerMenuButton::ServerMenuButton(const Theme &theme, ServerStore &store, ContentViewModel &model, QWidget *parent)
@@ -46,14 +32,12 @@ ServerMenuButton::ServerMenuButton(const Theme &theme, ServerStore &store, Conte
     , m_theme(theme)
     , m_store(store)
     , m_model(model)
-    , m_menu(new QMenu(this))
 {
     setFont(theme.font(TextStyle::Detail));
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    setMenu(m_menu);
-    connect(m_menu, &QMenu::aboutToShow, this, &ServerMenuButton::fillMenu);
+    connect(this, &QPushButton::clicked, this, &ServerMenuButton::openList);
     connect(&store, &ServerStore::selectedServerChanged, this, &ServerMenuButton::update);
-    connect(&model, &ContentViewModel::isConnectingChanged, this, &ServerMenuButton::update);
+    connect(&model, &ContentViewModel::isConnectingChanged, this, &ServerMenuButton::followConnecting);
     update();
 }
 
@@ -87,25 +71,45 @@ QColor ServerMenuButton::dotColor(const Server &server) const
     return server.isConnected ? t.green.color : m_model.isConnecting(server.id) ? t.orange.color : faint;
 }
 
-void ServerMenuButton::fillMenu()
+void ServerMenuButton::followConnecting(const QUuid &server)
 {
-    m_menu->clear();
-    for (const Server &server : m_store.servers()) {
-        QAction *action = m_menu->addAction(menuText(server.name));
-        if (m_store.selectedServer() && m_store.selectedServer()->id == server.id) {
-            m_menu->setDefaultAction(action);
-        }
-        if (server.isConnected || m_model.isConnecting(server.id)) {
-            action->setIcon(dotIcon(dotColor(server), devicePixelRatioF()));
-            action->setIconVisibleInMenu(true);
-            action->setWhatsThis(stateText(server));
-        }
-        connect(action, &QAction::triggered, this,
-                [this, id = server.id] { m_store.setSelectedServer(m_store.server(id)); });
+    if (m_popup) {
+        m_popup->browser().model().setConnecting(server, m_model.isConnecting(server));
     }
-    m_menu->addSeparator();
-    connect(m_menu->addAction(tr("Add Server...")), &QAction::triggered, &m_model,
-            [this] { m_model.setShowingAddServer(true); });
+    update();
+}
+
+void ServerMenuButton::openList()
+{
+    if (m_popup && m_popup->isVisible()) {
+        return;
+    }
+    m_popup = new ServerPopup(m_theme, m_store, this);
+    for (const Server &server : m_store.servers()) {
+        if (m_model.isConnecting(server.id)) {
+            followConnecting(server.id);
+        }
+    }
+    connect(m_popup, &ServerPopup::addServerRequested, &m_model, [this] { m_model.setShowingAddServer(true); });
+    m_popup->openBelow(*this);
+}
+
+ServerPopup *ServerMenuButton::popup() const
+{
+    return m_popup;
+}
+
+void ServerMenuButton::keyPressEvent(QKeyEvent *event)
+{
+    switch (event->key()) {
+    case Qt::Key_Down:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        openList();
+        return;
+    default:
+        QPushButton::keyPressEvent(event);
+    }
 }
 
 QSize ServerMenuButton::sizeHint() const

@@ -1,14 +1,16 @@
 #pragma once
 
+#include <QPointer>
 #include <QPushButton>
 
 class ContentViewModel;
-class QMenu;
+class QUuid;
+class ServerPopup;
 class ServerStore;
 class Theme;
 struct Server;
 
-/// The name of the selected server with a menu of all servers.
+/// The name of the selected server; pressing it opens a list of all servers.
 class ServerMenuButton : public QPushButton
 {
     Q_OBJECT
@@ -17,21 +19,27 @@ public:
     /// All of it outlives the button.
     ServerMenuButton(const Theme &theme, ServerStore &store, ContentViewModel &model, QWidget *parent = nullptr);
 
+    void openList();
+
+    /// The list, while it is open.
+    ServerPopup *popup() const;
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
 protected:
+    void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
     void update();
-    void fillMenu();
     QString name() const;
     QString stateText(const Server &server) const;
     QColor dotColor(const Server &server) const;
+    void followConnecting(const QUuid &server);
 
     const Theme &m_theme;
     ServerStore &m_store;
     ContentViewModel &m_model;
-    QMenu *m_menu;
+    QPointer<ServerPopup> m_popup;
 };

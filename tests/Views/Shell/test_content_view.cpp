@@ -14,14 +14,16 @@
 #include "Views/Shell/NavigationSidebarView.h"
 #include "Views/Shell/SectionPages.h"
 #include "Views/Shell/SectionStrip.h"
+#include "Views/Shell/ServerBrowser.h"
 #include "Views/Shell/ServerListModel.h"
 #include "Views/Shell/ServerListView.h"
 #include "Views/Shell/ServerMenuButton.h"
+#include "Views/Shell/ServerPopup.h"
 #include "Views/Theme/Theme.h"
 
 #include <QLineEdit>
 #include <QListView>
-#include <QMenu>
+#include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -166,7 +168,7 @@ void TestContentView::anotherServerReplacesAllPages()
     QCOMPARE(m_window->pages().count(), 0);
     QCOMPARE(title(), u"No Server Selected"_s);
     m_transport->store.deleteServer(m_a);
-    QCOMPARE(title(), u"No servers yet"_s);
+    QCOMPARE(title(), u"No Server Selected"_s);
 }
 
 void TestContentView::onlyThePageOnShowIsActive()
@@ -274,7 +276,8 @@ void TestContentView::theCompactHeader()
     m_window->resize(1024, 700);
     settle();
     selectConnected(m_a);
-    QCOMPARE(m_window->compactHeader().servers().accessibleName(), u"Server: alpha, Connected"_s);
+    QCOMPARE(m_window->compactHeader().servers().accessibleName(), u"Server: alpha, Connecting"_s);
+    QTRY_COMPARE(m_window->compactHeader().servers().accessibleName(), u"Server: alpha, Connected"_s);
     const QList<QPushButton *> &strip = m_window->compactHeader().sections().buttons();
     QCOMPARE(strip.size(), kMainTabCount);
     QTest::mouseClick(strip.at(8), Qt::LeftButton);
@@ -287,6 +290,12 @@ void TestContentView::theCompactHeader()
     m_window->model().setSelectedTab(MainTab::Logs);
     QVERIFY(strip.at(10)->isChecked());
     QCOMPARE(checked(), 1);
+    const QImage plain = strip.at(1)->grab().toImage();
+    m_window->model().setMark(MainTab::Terminal, SectionMark::Attention);
+    QVERIFY(strip.at(1)->grab().toImage() != plain);
+    QCOMPARE(strip.at(1)->accessibleDescription(), u"Asks for attention"_s);
+    m_window->model().setMark(MainTab::Terminal, SectionMark::None);
+    QCOMPARE(strip.at(1)->grab().toImage(), plain);
     QVERIFY(m_window->width() <= 1024); // everything fits
     QVERIFY(m_window->compactHeader().minimumSizeHint().width() <= 720);
 }
@@ -295,24 +304,43 @@ void TestContentView::theServersMenu()
 {
     m_window->resize(1024, 700);
     settle();
-    m_transport->store.updateServerConnection(m_b, true);
-    QMenu &menu = *m_window->compactHeader().servers().menu();
-    Q_EMIT menu.aboutToShow();
-    QList<QAction *> actions = menu.actions();
-    QCOMPARE(actions.size(), 4);
-    QCOMPARE(actions.at(0)->text(), u"alpha"_s);
-    QVERIFY(actions.at(0)->icon().isNull());
-    QCOMPARE(actions.at(1)->text(), u"beta && sons"_s);
-    const QImage dot = actions.at(1)->icon().pixmap(16).toImage();
-    QCOMPARE(dot.pixelColor(dot.width() / 2, dot.height() / 2), m_theme.tokens().green.color);
-    QVERIFY(actions.at(2)->isSeparator());
-    QCOMPARE(actions.at(3)->text(), u"Add Server..."_s);
+    ServerStore &store = m_transport->store;
+    store.updateServerConnection(m_b, true);
+    ServerMenuButton &button = m_window->compactHeader().servers();
+    QTest::keyClick(&button, Qt::Key_Down);
+    QPointer popup = button.popup();
+    QVERIFY(popup && popup->isVisible());
+    QCOMPARE(AccessibilityWalk::faults(*popup), QString());
+    QCOMPARE(popup->pos().x(), button.mapToGlobal(QPoint()).x());
+    const ServerListModel &model = popup->browser().model();
+    QCOMPARE(model.rowCount(), 2);
+    QCOMPARE(model.index(1).data().toString(), m_b.name);
+    QCOMPARE(model.index(1).data(ServerListModel::StateRole).value<ServerListModel::State>(),
+             ServerListModel::State::Connected);
+    QTest::keyClick(popup, Qt::Key_Escape);
+    QVERIFY(!popup || !popup->isVisible());
+    QVERIFY(!store.selectedServer());
 
-    actions.at(1)->trigger();
-    QCOMPARE(m_transport->store.selectedServer()->id, m_b.id);
-    Q_EMIT menu.aboutToShow();
-    QCOMPARE(menu.actions().size(), 4);
-    menu.actions().at(3)->trigger();
+    m_window->model().focusGlobalSearch(); // is what the search for a server is here
+    popup = button.popup();
+    QVERIFY(popup->browser().searchField().hasFocus() || popup->focusWidget() == &popup->browser().searchField());
+    QTest::keyClicks(&popup->browser().searchField(), u"beta"_s);
+    QCOMPARE(popup->browser().model().rowCount(), 1);
+    QTest::keyClick(&popup->browser().searchField(), Qt::Key_Return);
+    QCOMPARE(store.selectedServer()->id, m_b.id);
+    QVERIFY(!popup || !popup->isVisible());
+
+    button.click();
+    popup = button.popup();
+    const QListView &list = popup->browser().list();
+    QCOMPARE(list.currentIndex().row(), 1);
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
+                      list.visualRect(popup->browser().model().index(0)).center());
+    QCOMPARE(store.selectedServer()->id, m_a.id);
+
+    button.click();
+    QCOMPARE(button.popup()->addButton().text(), u"Add Server..."_s);
+    button.popup()->addButton().click();
     QVERIFY(m_window->model().showingAddServer());
     QVERIFY(m_window->serverList().editor());
     delete m_window->serverList().editor();

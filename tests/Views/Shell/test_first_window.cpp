@@ -10,6 +10,8 @@
 #include "Views/Dashboard/DashboardHeader.h"
 #include "Views/Dashboard/DashboardView.h"
 #include "Views/Dashboard/DashboardViewModel.h"
+#include "Views/Shell/AddEditServerView.h"
+#include "Views/Shell/ServerListView.h"
 
 #include <QAccessible>
 #include <QPushButton>
@@ -55,9 +57,15 @@ private:
 void TestFirstWindow::emptyStore()
 {
     const auto *page = m_window->findChild<StatePage *>();
-    QCOMPARE(page->message().title, u"No servers yet"_s);
+    QCOMPARE(page->message().title, u"No Server Selected"_s);
+    QCOMPARE(page->message().text, u"Select a server from the left panel to start managing it"_s);
+    QCOMPARE(page->button().text(), u"Add Server..."_s);
+    page->button().click();
+    QVERIFY(m_window->serverList().editor());
+    delete m_window->serverList().editor();
     add(u"first"_s);
     QCOMPARE(page->message().title, u"No Server Selected"_s);
+    QVERIFY(!page->button().isVisible());
     QVERIFY(!m_window->dashboard());
 }
 

@@ -44,6 +44,7 @@ private Q_SLOTS:
     void importError();
     void tenThousandServers();
     void aClickSelectsAtOnceAndKeysWhenTheyRest();
+    void whatWasSelectedElsewhereCounts();
 
 private:
     Server add(const QString &name, const QString &host, const QMap<QString, QString> &labels = {})
@@ -132,6 +133,10 @@ void TestServerList::followsTheStore()
     store.updateServer(second);
     QCOMPARE(model.index(1).data(ServerListModel::LabelsRole).toStringList(), (QStringList{u"a:b"_s, u"env:prod"_s}));
     QVERIFY(changes.size() >= 4);
+    // A row cuts off what it has no room for.
+    QCOMPARE(model.index(1).data(Qt::AccessibleTextRole).toString(),
+             u"second, ops@server.example, Not connected, a:b, env:prod"_s);
+    QVERIFY(model.index(1).data(Qt::ToolTipRole).toString().contains(u"env:prod"_s));
 
     store.deleteServer(first);
     QCOMPARE(model.rowCount(), 1);
@@ -390,9 +395,15 @@ void TestServerList::importError()
     QVERIFY(!m_transport->store.showImportError());
 
     QTRY_VERIFY(!question(*view, u"Import Error"_s));
-    m_transport->store.failImport({});
+    m_transport->store.failImport(u"first"_s);
+    m_transport->store.failImport({}); // while that one is read
+    QCOMPARE(question(*view, u"Import Error"_s)->accessibleDescription(), u"first"_s);
+    question(*view, u"Import Error"_s)->buttons().constFirst()->click();
+    QVERIFY(m_transport->store.showImportError());
     QCOMPARE(question(*view, u"Import Error"_s)->accessibleDescription(),
              u"An error occurred while importing SSH config"_s);
+    question(*view, u"Import Error"_s)->buttons().constFirst()->click();
+    QVERIFY(!m_transport->store.showImportError());
 }
 
 void TestServerList::tenThousandServers()
@@ -453,6 +464,40 @@ void TestServerList::aClickSelectsAtOnceAndKeysWhenTheyRest()
     QCOMPARE(store.selectedServer()->name, u"four"_s);
 
     store.setSelectedServer(store.servers().at(1));
+    QCOMPARE(list.currentIndex().row(), 1);
+    QTest::qWait(300);
+    QCOMPARE(store.selectedServer()->name, u"two"_s);
+}
+
+void TestServerList::whatWasSelectedElsewhereCounts()
+{
+    for (const auto name : {"one", "two", "three"}) {
+        m_transport->add(QString::fromLatin1(name));
+    }
+    ServerStore &store = m_transport->store;
+    const auto view = showList();
+    QVERIFY(view);
+    QListView &list = view->list();
+    list.setFocus(Qt::TabFocusReason); // makes the first row the current one, without selecting it
+    QCOMPARE(list.currentIndex().row(), 0);
+    store.setSelectedServer(store.servers().at(0));
+    QVERIFY(list.selectionModel()->isSelected(view->model().index(0)));
+
+    // A key on the way down, then a step in the history.
+    QTest::keyClick(&list, Qt::Key_Down);
+    store.setSelectedServer(store.servers().at(2));
+    QCOMPARE(list.currentIndex().row(), 2);
+    QTest::qWait(300);
+    QCOMPARE(store.selectedServer()->name, u"three"_s);
+
+    // News of the selected server is no step.
+    QTest::keyClick(&list, Qt::Key_Up);
+    store.updateServerConnection(store.servers().at(2), true);
+    QCOMPARE(list.currentIndex().row(), 1);
+    QTRY_COMPARE(store.selectedServer()->name, u"two"_s);
+
+    QTest::keyClick(&list, Qt::Key_Up);
+    view->dropPendingSelection();
     QCOMPARE(list.currentIndex().row(), 1);
     QTest::qWait(300);
     QCOMPARE(store.selectedServer()->name, u"two"_s);

@@ -1,0 +1,129 @@
+#include "Views/Shell/ServerBrowser.h"
+
+#include "Models/ServerStore.h"
+#include "Views/Components/PlainText.h"
+#include "Views/Components/SearchField.h"
+#include "Views/Shell/ListMessage.h"
+#include "Views/Shell/ServerListModel.h"
+#include "Views/Shell/ServerRowDelegate.h"
+
+#include <QKeyEvent>
+#include <QListView>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int kMargin = 12;
+
+} // namespace
+
+ServerBrowser::ServerBrowser(const Theme &theme, ServerStore &store, QWidget *parent)
+    : QWidget(parent)
+    , m_store(store)
+    , m_model(new ServerListModel(store, this))
+    , m_search(new SearchField(theme, tr("Search servers, labels (key:value)..."), this))
+    , m_bar(new QHBoxLayout)
+    , m_list(new QListView(this))
+    , m_delegate(new ServerRowDelegate(theme, m_list))
+    , m_message(new ListMessage(theme, this))
+    , m_pages(new QStackedLayout)
+{
+    m_search->setToolTip(tr("Search servers, labels (key:value)..."));
+    m_search->installEventFilter(this);
+    makeList();
+
+    m_bar->setContentsMargins(kMargin, kMargin, kMargin, 8);
+    m_bar->setSpacing(8);
+    m_bar->addWidget(m_search, 1);
+    m_pages->addWidget(m_list);
+    m_pages->addWidget(m_message);
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addLayout(m_bar);
+    column->addLayout(m_pages, 1);
+
+    connect(m_search, &SearchField::textChanged, m_model, &ServerListModel::setSearchText);
+    connect(m_search, &SearchField::textChanged, this, &ServerBrowser::showState);
+    connect(&m_message->button(), &QPushButton::clicked, m_search, [this] {
+        m_search->clear();
+        m_search->setFocus();
+    });
+    connect(&store, &ServerStore::serversAdded, this, &ServerBrowser::showState);
+    connect(&store, &ServerStore::serverUpdated, this, &ServerBrowser::showState);
+    connect(&store, &ServerStore::serverRemoved, this, &ServerBrowser::showState);
+    showState();
+}
+
+void ServerBrowser::makeList()
+{
+    m_list->setModel(m_model);
+    m_list->setItemDelegate(m_delegate);
+    m_list->setAccessibleName(tr("Servers"));
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_list->setMouseTracking(true);
+    m_list->viewport()->setAutoFillBackground(false);
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    connect(m_list, &QListView::clicked, this, &ServerBrowser::chosen);
+    connect(m_list, &QListView::activated, this, &ServerBrowser::chosen);
+}
+
+void ServerBrowser::addBesideSearch(QWidget *widget)
+{
+    m_bar->addWidget(widget);
+}
+
+bool ServerBrowser::showsRows() const
+{
+    return m_pages->currentWidget() == m_list;
+}
+
+bool ServerBrowser::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_search && event->type() == QEvent::KeyPress) {
+        const auto *press = static_cast<QKeyEvent *>(event);
+        const int key = press->key();
+        const bool isPlain = !(press->modifiers() & ~Qt::KeypadModifier);
+        if (isPlain && (key == Qt::Key_Down || key == Qt::Key_Return || key == Qt::Key_Enter)) {
+            takeFirst(key);
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void ServerBrowser::takeFirst(int key)
+{
+    if (m_model->rowCount() == 0) {
+        return;
+    }
+    if (!m_list->currentIndex().isValid()) {
+        m_list->setCurrentIndex(m_model->index(0));
+    }
+    m_list->setFocus(Qt::OtherFocusReason);
+    if (key != Qt::Key_Down) {
+        Q_EMIT chosen();
+    }
+}
+
+void ServerBrowser::showState()
+{
+    if (m_model->rowCount() > 0) {
+        m_pages->setCurrentWidget(m_list);
+        return;
+    }
+    if (m_store.servers().isEmpty()) {
+        m_message->setMessage(tr("No Servers"), {}, {});
+    } else {
+        m_message->setMessage(tr("No Results"), tr("No servers match '%1'").arg(PlainText::excerpt(m_search->text())),
+                              tr("Clear Search"));
+    }
+    m_pages->setCurrentWidget(m_message);
+}
