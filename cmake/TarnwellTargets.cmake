@@ -22,6 +22,21 @@ function(tarnwell_library name)
     endif()
 endfunction()
 
+# tarnwell_module(TARGET NAME name SOURCES file... LIBS target...)
+# libNAME.so, which the program loads when it is wanted (Helpers/ModuleLibrary.h): what no start should pay for.
+set(TARNWELL_MODULES_IN_BUILD lib)
+function(tarnwell_module target)
+    cmake_parse_arguments(arg "" "NAME" "SOURCES;LIBS" ${ARGN})
+    add_library(${target} MODULE ${arg_SOURCES})
+    set_target_properties(${target} PROPERTIES AUTOMOC ON OUTPUT_NAME ${arg_NAME}
+        LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${TARNWELL_MODULES_IN_BUILD}")
+    target_compile_definitions(${target} PRIVATE ${TARNWELL_QT_DEFINITIONS})
+    target_include_directories(${target} PRIVATE "${CMAKE_SOURCE_DIR}/src")
+    target_link_libraries(${target} PRIVATE ${arg_LIBS})
+    include(GNUInstallDirs)
+    install(TARGETS ${target} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/tarnwell")
+endfunction()
+
 find_program(LLVM_SYMBOLIZER NAMES llvm-symbolizer-19 llvm-symbolizer)
 set(TARNWELL_TEST_ENVIRONMENT "QT_QPA_PLATFORM=offscreen"
     "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp" "ASAN_SYMBOLIZER_PATH=${LLVM_SYMBOLIZER}")

@@ -1,12 +1,14 @@
 #include "Services/SSH/SessionSecretStore.h"
 
+#include "Services/SSH/KeyringLibrary.h"
+
 #include <QCoreApplication>
 
 using namespace Qt::StringLiterals;
 
 SessionSecretStore::SessionSecretStore(std::chrono::milliseconds limit)
+    : m_limit(limit)
 {
-    choose(limit);
 }
 
 SessionSecretStore::~SessionSecretStore()
@@ -14,13 +16,14 @@ SessionSecretStore::~SessionSecretStore()
     m_isClosing = true;
     cancelAll();
     // Ends the probe here, where what resumes from it still finds this object whole.
-    m_service.reset();
+    m_keyring.reset();
 }
 
-QCoro::Task<> SessionSecretStore::choose(std::chrono::milliseconds limit)
+QCoro::Task<> SessionSecretStore::choose()
 {
-    const bool answers = co_await m_service->answers(limit);
-    m_chosen = answers ? static_cast<SecretStore *>(m_service.get()) : &m_memory;
+    m_keyring = KeyringLibrary::makeKeyring();
+    const bool answers = m_keyring && co_await m_keyring->answers(m_limit);
+    m_chosen = answers ? static_cast<SecretStore *>(m_keyring.get()) : &m_memory;
     if (const auto chooser = std::exchange(m_chooser, std::nullopt)) {
         chooser->complete(m_chosen);
     }
@@ -35,6 +38,9 @@ QCoro::Task<SecretStore *> SessionSecretStore::chosen()
     if (!m_chooser) {
         m_choice = std::make_shared<Choice>(nullptr);
         m_chooser = m_choice->completer();
+    }
+    if (!std::exchange(m_hasBegun, true)) {
+        choose();
     }
     return m_choice->wait();
 }
@@ -72,5 +78,7 @@ void SessionSecretStore::cancelAll()
     if (const auto chooser = std::exchange(m_chooser, std::nullopt)) {
         chooser->complete(nullptr);
     }
-    m_service->cancelAll();
+    if (m_keyring) {
+        m_keyring->cancelAll();
+    }
 }

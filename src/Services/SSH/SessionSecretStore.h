@@ -1,19 +1,17 @@
 #pragma once
 
 #include "Helpers/OneShot.h"
+#include "Services/SSH/DesktopKeyring.h"
 #include "Services/SSH/MemorySecretStore.h"
-#include "Services/SSH/SecretServiceStore.h"
 
-#include <chrono>
-#include <memory>
 #include <optional>
 
-/// The secret store of a run: the desktop's Secret Service if one answers at the start, otherwise a store in memory.
-/// Can be used at once; operations wait for the choice.
+/// The secret store of a run: the desktop's keyring if it answers when it is first asked for, otherwise a store in
+/// memory. Can be used at once; operations wait for the choice, which the first of them starts.
 class SessionSecretStore final : public SecretStore
 {
 public:
-    /// How long the Secret Service may take to answer.
+    /// How long the keyring may take to answer.
     static constexpr std::chrono::milliseconds kLimit{2000};
 
     explicit SessionSecretStore(std::chrono::milliseconds limit = kLimit);
@@ -30,11 +28,13 @@ public:
 private:
     using Choice = OneShot<SecretStore *>;
 
-    QCoro::Task<> choose(std::chrono::milliseconds limit);
+    QCoro::Task<> choose();
     // Null if the operation was cancelled meanwhile.
     QCoro::Task<SecretStore *> chosen();
 
-    std::unique_ptr<SecretServiceStore> m_service = std::make_unique<SecretServiceStore>();
+    std::chrono::milliseconds m_limit;
+    bool m_hasBegun = false;
+    std::unique_ptr<DesktopKeyring> m_keyring; // null until then, and where there is no library for it
     MemorySecretStore m_memory;
     SecretStore *m_chosen = nullptr;
     std::shared_ptr<Choice> m_choice; // for the operations that wait

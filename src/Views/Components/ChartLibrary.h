@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QString>
 #include <QStringList>
 
 class ChartFactory;
@@ -19,9 +18,5 @@ Loaded load();
 
 /// The same from the first of these directories that has it.
 Loaded loadFrom(const QStringList &directories);
-
-/// Where it is looked for: the directory of modules beside the installed program, and, for a program inside of a
-/// build tree, that tree's.
-QStringList directories(const QString &programDirectory);
 
 } // namespace ChartLibrary

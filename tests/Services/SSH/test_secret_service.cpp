@@ -1,5 +1,5 @@
+#include "Services/SSH/Keyring/SecretServiceStore.h"
 #include "Services/SSH/SecretServiceRig.h"
-#include "Services/SSH/SecretServiceStore.h"
 #include "Services/SSH/SessionSecretStore.h"
 
 #include <QAbstractEventDispatcher>

@@ -1,3 +1,4 @@
+#include "Helpers/ModuleLibrary.h"
 #include "Views/Components/ChartLibrary.h"
 #include "Views/Components/ChartReadOut.h"
 #include "Views/Components/CompactMetricsCard.h"
@@ -81,8 +82,8 @@ void TestMetricChart::placesOfTheLibrary()
     QVERIFY(top.mkpath(u"tree/tests/Views"_s) && top.mkpath(u"usr/bin"_s));
     QFile cache(top.filePath(u"tree/CMakeCache.txt"_s));
     QVERIFY(cache.open(QIODevice::WriteOnly));
-    QCOMPARE(ChartLibrary::directories(top.filePath(u"tree/tests/Views"_s)).last(), top.filePath(u"tree/lib"_s));
-    const QStringList installed = ChartLibrary::directories(top.filePath(u"usr/bin"_s));
+    QCOMPARE(ModuleLibrary::directories(top.filePath(u"tree/tests/Views"_s)).last(), top.filePath(u"tree/lib"_s));
+    const QStringList installed = ModuleLibrary::directories(top.filePath(u"usr/bin"_s));
     QCOMPARE(installed.size(), 1);
     QVERIFY2(installed.constFirst().startsWith(top.filePath(u"usr/lib"_s)), qPrintable(installed.constFirst()));
     QVERIFY(ChartLibrary::load().factory);

@@ -1,4 +1,4 @@
-#include "Services/SSH/GioCalls.h"
+#include "Services/SSH/Keyring/GioCalls.h"
 
 #include <QAbstractEventDispatcher>
 

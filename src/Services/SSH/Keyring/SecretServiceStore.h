@@ -1,9 +1,6 @@
 #pragma once
 
-#include "Services/SSH/SecretStore.h"
-
-#include <chrono>
-#include <memory>
+#include "Services/SSH/DesktopKeyring.h"
 
 struct SecretServiceLink;
 
@@ -12,17 +9,13 @@ struct SecretServiceLink;
 ///
 /// An item has the schema "com.ostlerworks.tarnwell.Password", the attributes "service" and "account", and the label
 /// "Tarnwell: <account>", and stands in the default collection, which is made if there is none.
-///
-/// The destructor ends operations under way, with Failed.
-class SecretServiceStore final : public SecretStore
+class SecretServiceStore final : public DesktopKeyring
 {
 public:
     SecretServiceStore();
     ~SecretServiceStore() override;
 
-    /// Whether a Secret Service answers on the session bus within `limit`. One that the bus can start is started.
-    QCoro::Task<bool> answers(std::chrono::milliseconds limit);
-
+    QCoro::Task<bool> answers(std::chrono::milliseconds limit) override;
     QCoro::Task<SecretStatus> add(QString account, QByteArray secret) override;
     QCoro::Task<SecretMatch> copyMatching(QString account, bool wantData) override;
     QCoro::Task<SecretStatus> remove(QString account) override;

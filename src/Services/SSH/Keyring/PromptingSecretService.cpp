@@ -1,4 +1,4 @@
-#include "Services/SSH/PromptingSecretService.h"
+#include "Services/SSH/Keyring/PromptingSecretService.h"
 
 #include <libsecret/secret.h>
 

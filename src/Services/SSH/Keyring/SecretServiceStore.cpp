@@ -1,7 +1,7 @@
-#include "Services/SSH/SecretServiceStore.h"
+#include "Services/SSH/Keyring/SecretServiceStore.h"
 
-#include "Services/SSH/GioCalls.h"
-#include "Services/SSH/PromptingSecretService.h"
+#include "Services/SSH/Keyring/GioCalls.h"
+#include "Services/SSH/Keyring/PromptingSecretService.h"
 
 #include <libsecret/secret.h>
 
