@@ -12,6 +12,9 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 
+# Qt's CMake files name libraries that a program need not use itself; each costs every start.
+add_link_options(-Wl,--as-needed)
+
 set(TARNWELL_SANITIZE "" CACHE STRING "Comma separated sanitizers for all targets, for instance address,undefined")
 option(TARNWELL_WERROR "Treat warnings as errors" ON)
 

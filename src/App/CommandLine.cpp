@@ -14,8 +14,15 @@ QString CommandLine::profile() const
     return profileDirectory.isEmpty() ? UserDefaults::defaultDirectory() : profileDirectory;
 }
 
-CommandLine CommandLine::parse(const QStringList &arguments)
+CommandLine CommandLine::parse(int argc, char **argv)
 {
+    if (argc < 2) {
+        return {};
+    }
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i) {
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    }
     const QCommandLineOption profile(u"profile"_s, u"Keep settings and servers in DIR."_s, u"DIR"_s);
     const QCommandLineOption render(
         u"render"_s, u"Select the first server, write pictures of the window into DIR, and quit."_s, u"DIR"_s);
@@ -35,6 +42,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         line.message = u"tarnwell: unexpected argument: "_s + parser.positionalArguments().constFirst();
         line.exitCode = 2;
     } else if (parser.isSet(help)) {
+        const QCoreApplication application(argc, argv); // the help names the program by it
         line.message = parser.helpText().trimmed();
         line.exitCode = 0;
     } else if (parser.isSet(version)) {

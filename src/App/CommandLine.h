@@ -20,6 +20,6 @@ struct CommandLine {
     QString message;
     std::optional<int> exitCode;
 
-    /// `arguments` with the program's name first. Needs a QCoreApplication.
-    static CommandLine parse(const QStringList &arguments);
+    /// As main got them. Without a QCoreApplication, which a start would then make a second time.
+    static CommandLine parse(int argc, char **argv);
 };

@@ -14,15 +14,6 @@
 namespace
 {
 
-CommandLine parse(int argc, char **argv)
-{
-    if (argc < 2) {
-        return {};
-    }
-    const QCoreApplication application(argc, argv); // no display is needed to be told the options
-    return CommandLine::parse(QCoreApplication::arguments());
-}
-
 // Whether this start goes on: one program runs for each profile. The exit code otherwise.
 std::optional<int> claim(SingleInstance &instance)
 {
@@ -44,7 +35,7 @@ int main(int argc, char **argv)
 {
     QCoreApplication::setApplicationName(Constants::kApplicationName);
     QCoreApplication::setApplicationVersion(QLatin1StringView(TARNWELL_VERSION));
-    const CommandLine line = parse(argc, argv);
+    const CommandLine line = CommandLine::parse(argc, argv);
     if (line.exitCode) {
         std::fprintf(*line.exitCode == 0 ? stdout : stderr, "%s\n", qPrintable(line.message));
         return *line.exitCode;

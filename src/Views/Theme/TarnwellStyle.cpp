@@ -1,5 +1,6 @@
 #include "Views/Theme/TarnwellStyle.h"
 
+#include "Views/Theme/Icons.h"
 #include "Views/Theme/MenuStyle.h"
 #include "Views/Theme/Theme.h"
 
@@ -114,6 +115,16 @@ int TarnwellStyle::styleHint(StyleHint hint, const QStyleOption *option, const Q
     default:
         return QProxyStyle::styleHint(hint, option, widget, returnData);
     }
+}
+
+// Fusion's pictures are files, and the first one that is read loads all of Qt's picture formats: four milliseconds of
+// a start, for the button that a menu bar shows when it is too narrow for its menus.
+QIcon TarnwellStyle::standardIcon(StandardPixmap name, const QStyleOption *option, const QWidget *widget) const
+{
+    if (name == SP_ToolBarHorizontalExtensionButton) {
+        return Icons::icon(IconName::More, m_theme);
+    }
+    return QProxyStyle::standardIcon(name, option, widget);
 }
 
 QSize TarnwellStyle::sizeFromContents(ContentsType type, const QStyleOption *option, const QSize &size,
