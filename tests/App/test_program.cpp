@@ -116,7 +116,8 @@ void TestProgram::measuresItsStart()
 {
     const Run measured = run({u"--profile"_s, profile(), u"--measure-start"_s});
     QCOMPARE(measured.exitCode, 0);
-    const QRegularExpression line(u"^first-paint-ms=[1-9]\\d* rss-kib=[1-9]\\d* pss-kib=[1-9]\\d*\\n$"_s);
+    const QRegularExpression line(
+        u"^first-paint-ms=[1-9]\\d* clock-ms=\\d+\\.\\d+ cpu-ms=\\d+\\.\\d+ rss-kib=[1-9]\\d* pss-kib=[1-9]\\d*\\n$"_s);
     QVERIFY2(line.match(QString::fromUtf8(measured.output)).hasMatch(), measured.output.constData());
     QVERIFY(!QFile::exists(profile())); // nothing has changed, so nothing was written
 }
