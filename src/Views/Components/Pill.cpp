@@ -1,8 +1,8 @@
 #include "Views/Components/Pill.h"
 
 #include "Views/Components/PlainText.h"
+#include "Views/Theme/LineText.h"
 
-#include <QFontMetrics>
 #include <QPainter>
 
 namespace
@@ -53,10 +53,13 @@ void Pill::setState(const QString &text, ToneName tone)
 
 QSize Pill::sizeFor(const QString &text, const QFont &font, Dot dot)
 {
-    const QFontMetrics metrics(font);
+    return sizeFor(LineText(text, font), dot);
+}
+
+QSize Pill::sizeFor(const LineText &text, Dot dot)
+{
     const int dotWidth = dot == Dot::With ? StateDot::kDiameter + kDotGap : 0;
-    return {metrics.horizontalAdvance(text) + dotWidth + 2 * paddingFor(dot) + 1,
-            metrics.height() + (dot == Dot::With ? 6 : 4)};
+    return {text.width() + dotWidth + 2 * paddingFor(dot) + 1, text.height() + (dot == Dot::With ? 6 : 4)};
 }
 
 QSize Pill::sizeHint() const
@@ -72,6 +75,11 @@ QSize Pill::minimumSizeHint() const
 void Pill::paint(QPainter &painter, const QRect &rect, const QString &text, const QFont &font, const Tone &tone,
                  Dot dot)
 {
+    paint(painter, rect, LineText(text, font), tone, dot);
+}
+
+void Pill::paint(QPainter &painter, const QRect &rect, const LineText &text, const Tone &tone, Dot dot)
+{
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
@@ -83,9 +91,7 @@ void Pill::paint(QPainter &painter, const QRect &rect, const QString &text, cons
         words.setLeft(words.left() + StateDot::kDiameter + kDotGap);
     }
     painter.setPen(tone.text);
-    painter.setFont(font);
-    painter.drawText(words, Qt::AlignVCenter | Qt::TextSingleLine,
-                     QFontMetrics(font).elidedText(text, Qt::ElideRight, words.width() + 1));
+    text.paint(painter, words.adjusted(0, 0, 1, 0));
     painter.restore();
 }
 

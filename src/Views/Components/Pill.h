@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+class LineText;
 class QPainter;
 
 /// A short word on a soft, fully rounded ground; with a dot where it tells a state.
@@ -28,9 +29,12 @@ public:
     // For rows, which are painted and have no widgets of their own.
 
     static QSize sizeFor(const QString &text, const QFont &font, Dot dot = Dot::Without);
+    static QSize sizeFor(const LineText &text, Dot dot = Dot::Without);
 
     /// Paints into `rect`; text that doesn't fit is elided.
     static void paint(QPainter &painter, const QRect &rect, const QString &text, const QFont &font, const Tone &tone,
+                      Dot dot = Dot::Without);
+    static void paint(QPainter &painter, const QRect &rect, const LineText &text, const Tone &tone,
                       Dot dot = Dot::Without);
 
 protected:

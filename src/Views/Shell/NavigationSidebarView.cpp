@@ -3,11 +3,11 @@
 #include "Views/Shell/ContentViewModel.h"
 #include "Views/Shell/HistoryButtons.h"
 #include "Views/Shell/Sections.h"
+#include "Views/Theme/LineText.h"
 #include "Views/Theme/TarnwellStyle.h"
 #include "Views/Theme/Theme.h"
 
 #include <QAbstractListModel>
-#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QListView>
 #include <QPainter>
@@ -98,13 +98,10 @@ public:
         Sections::paintMark(*painter, m_theme, static_cast<SectionMark>(index.data(kMarkRole).toInt()),
                             icon + QPoint(Metrics::kIconSize, 0));
         inside.adjust(Metrics::kIconSize + kPadding, 0, 0, 0);
-        const QString title = Sections::title(tabOf(index));
-        const QFont &font = isSelected ? m_selectedFont : m_font;
-        painter->setFont(font);
+        const LineText title(Sections::title(tabOf(index)), isSelected ? m_selectedFont : m_font);
         painter->setPen(color);
-        painter->drawText(inside, Qt::AlignVCenter | Qt::TextSingleLine,
-                          QFontMetrics(font).elidedText(title, Qt::ElideRight, inside.width()));
-        paintShortcut(*painter, inside, QFontMetrics(font).horizontalAdvance(title), tabOf(index));
+        title.paint(*painter, inside);
+        paintShortcut(*painter, inside, title.width(), tabOf(index));
         painter->restore();
     }
 
@@ -127,11 +124,10 @@ private:
     // Only where the title leaves room for it.
     void paintShortcut(QPainter &painter, const QRect &inside, int titleWidth, MainTab tab) const
     {
-        const QString shortcut = Sections::shortcutText(tab);
-        if (titleWidth + kPadding + QFontMetrics(m_shortcutFont).horizontalAdvance(shortcut) <= inside.width()) {
-            painter.setFont(m_shortcutFont);
+        const LineText shortcut(Sections::shortcutText(tab), m_shortcutFont);
+        if (titleWidth + kPadding + shortcut.width() <= inside.width()) {
             painter.setPen(m_theme.tokens().faint);
-            painter.drawText(inside, Qt::AlignVCenter | Qt::AlignRight | Qt::TextSingleLine, shortcut);
+            shortcut.paint(painter, inside, Qt::AlignRight);
         }
     }
 

@@ -3,6 +3,7 @@
 #include "Views/Components/Pill.h"
 #include "Views/Shell/LabelTone.h"
 #include "Views/Shell/ServerListModel.h"
+#include "Views/Theme/LineText.h"
 #include "Views/Theme/TarnwellStyle.h"
 
 #include <QFontMetrics>
@@ -81,8 +82,9 @@ void ServerRowDelegate::paintLabels(QPainter &painter, const QRect &line, const 
         if (room < kLeastLabelWidth) {
             break;
         }
-        place.setWidth(std::min(Pill::sizeFor(label, m_labelFont).width(), room));
-        Pill::paint(painter, place, label, m_labelFont, m_theme.tone(labelTone(label)));
+        const LineText words(label, m_labelFont);
+        place.setWidth(std::min(Pill::sizeFor(words).width(), room));
+        Pill::paint(painter, place, words, m_theme.tone(labelTone(label)));
         place.moveLeft(place.right() + 1 + kBetweenLabels);
     }
 }
@@ -96,10 +98,8 @@ void ServerRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
 
     const QRect inside = ground.marginsRemoved(kInner);
     const auto drawLine = [&](const QRect &rect, const QFont &font, const QColor &color, const QString &text) {
-        painter->setFont(font);
         painter->setPen(color);
-        painter->drawText(rect, Qt::AlignVCenter | Qt::TextSingleLine,
-                          QFontMetrics(font).elidedText(text, Qt::ElideRight, rect.width()));
+        LineText(text, font).paint(*painter, rect);
     };
     QRect line(inside.left(), inside.top(), inside.width(), m_nameHeight);
     StateDot::paint(*painter, {line.left() + StateDot::kDiameter / 2.0, line.center().y() + 0.5}, dotColor(index));

@@ -4,6 +4,7 @@
 #include "Views/Components/PlainText.h"
 #include "Views/Components/Table/TableModel.h"
 #include "Views/Theme/Icons.h"
+#include "Views/Theme/LineText.h"
 #include "Views/Theme/Theme.h"
 
 #include <QPainter>
@@ -190,9 +191,10 @@ void RecordDelegate::paintWords(QPainter &painter, const QRect &cell, int row, i
         return;
     }
     if (of.style == CellStyle::Pill && !isGone) {
-        QRect pill({}, Pill::sizeFor(text, m_pillFont).boundedTo({words.width(), words.height()}));
+        const LineText line(text, m_pillFont);
+        QRect pill({}, Pill::sizeFor(line).boundedTo({words.width(), words.height()}));
         pill.moveTopLeft({words.left(), words.top() + (words.height() - pill.height()) / 2});
-        Pill::paint(painter, pill, text, m_pillFont, m_theme.tone(look.tone.value_or(ToneName::Gray)));
+        Pill::paint(painter, pill, line, m_theme.tone(look.tone.value_or(ToneName::Gray)));
         return;
     }
     painter.setPen(isGone                       ? t.dim
