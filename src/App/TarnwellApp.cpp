@@ -4,6 +4,7 @@
 #include "App/AppState.h"
 #include "App/Constants.h"
 #include "App/FirstPaint.h"
+#include "App/FontPreparation.h"
 #include "App/StartMeasure.h"
 #include "App/WindowPictures.h"
 #include "Helpers/Clock.h"
@@ -26,12 +27,13 @@
 #include "Views/Shell/ContentView.h"
 #include "Views/Shell/HostKeyDialog.h"
 #include "Views/Shell/MainMenu.h"
+#include "Views/Shell/Sections.h"
 #include "Views/Shell/WindowLayout.h"
 #include "Views/Terminal/GlobalTerminalSessionManager.h"
 #include "Views/Theme/DesktopAppearance.h"
 #include "Views/Theme/Theme.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QPointer>
 #include <cstdio>
 
@@ -53,7 +55,7 @@ QStringList loginCommand(const CommandLine &line)
 
 /// Every object that there is one of, in the order in which they are made; they go in the opposite order.
 struct TarnwellApp::Objects {
-    Objects(const CommandLine &line, RuntimeDirectory &directory)
+    Objects(const CommandLine &line, RuntimeDirectory &directory, FontPreparation &fonts)
         : defaults(line.profile())
         , settings(defaults)
         , loginItem(LoginItem::defaultDirectory(), loginCommand(line))
@@ -72,6 +74,8 @@ struct TarnwellApp::Objects {
     {
         theme.install();
         delegate.applicationDidFinishLaunching();
+        Sections::drawIcons(theme.tokens().dim, qGuiApp->devicePixelRatio()); // while the fonts are looked up
+        fonts.wait();
         window = std::make_unique<ContentView>(theme, ContentView::Services{store, manager, clock, &terminals});
     }
 
@@ -104,9 +108,9 @@ struct TarnwellApp::Objects {
     std::unique_ptr<WindowPictures> pictures;
 };
 
-TarnwellApp::TarnwellApp(const CommandLine &line, RuntimeDirectory &runtimeDirectory)
+TarnwellApp::TarnwellApp(const CommandLine &line, RuntimeDirectory &runtimeDirectory, FontPreparation &fonts)
     : m_line(line)
-    , m_objects(std::make_unique<Objects>(line, runtimeDirectory))
+    , m_objects(std::make_unique<Objects>(line, runtimeDirectory, fonts))
 {
     wire();
 }

@@ -63,8 +63,7 @@ int main(int argc, char **argv)
     QApplication application(count, arguments.data());
     QGuiApplication::setDesktopFileName(Constants::kDesktopFileName);
     const UnixSignals signals;
-    fonts.wait();
-    TarnwellApp tarnwell(line, runtimeDirectory);
+    TarnwellApp tarnwell(line, runtimeDirectory, fonts);
     QObject::connect(&signals, &UnixSignals::endRequested, &tarnwell, &TarnwellApp::end);
     QObject::connect(&instance, &SingleInstance::raiseRequested, &tarnwell, &TarnwellApp::raiseWindow);
     tarnwell.start();

@@ -157,6 +157,13 @@ void Sections::paintMark(QPainter &painter, const Theme &theme, SectionMark mark
     }
 }
 
+void Sections::drawIcons(const QColor &color, qreal pixelRatio)
+{
+    for (const Section &section : kSections) {
+        Icons::pixmap(section.icon, color, Metrics::kIconSize, pixelRatio);
+    }
+}
+
 SectionPage *Sections::makePage(MainTab tab, const Theme &theme, const SectionServices &services,
                                 const Server &server, QWidget *parent)
 {

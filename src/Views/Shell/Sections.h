@@ -57,6 +57,9 @@ QString described(SectionMark mark);
 /// A dot at the upper right of the section's icon; nothing for no mark.
 void paintMark(QPainter &painter, const Theme &theme, SectionMark mark, const QPointF &iconTopRight);
 
+/// Draws the sections' icons for a list that is soon to be painted: Icons keeps them.
+void drawIcons(const QColor &color, qreal pixelRatio);
+
 SectionPage *makePage(MainTab tab, const Theme &theme, const SectionServices &services, const Server &server,
                       QWidget *parent);
 
