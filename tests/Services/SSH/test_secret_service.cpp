@@ -1,4 +1,4 @@
-#include "Services/SSH/Keyring/SecretServiceStore.h"
+#include "Services/SSH/KeyringLibrary.h"
 #include "Services/SSH/SecretServiceRig.h"
 #include "Services/SSH/SessionSecretStore.h"
 
@@ -104,7 +104,7 @@ private:
     SecretStatus has(const QString &account) { return await(m_store->copyMatching(account, false)).status; }
 
     PrivateBus m_bus;
-    std::unique_ptr<SecretServiceStore> m_store;
+    std::unique_ptr<DesktopKeyring> m_store;
 };
 
 void TestSecretService::initTestCase()
@@ -123,7 +123,7 @@ void TestSecretService::initTestCase()
 std::unique_ptr<KeyringDaemon> TestSecretService::keyring(bool withCollection)
 {
     auto daemon = std::make_unique<KeyringDaemon>(m_bus);
-    m_store = std::make_unique<SecretServiceStore>();
+    m_store = KeyringLibrary::makeKeyring();
     if (!KeyringDaemon::isInstalled()) {
         QTest::qSkip("gnome-keyring-daemon is not installed", __FILE__, __LINE__);
         return nullptr;
@@ -140,7 +140,7 @@ std::unique_ptr<FakeSecretService> TestSecretService::fake()
     auto service = std::make_unique<FakeSecretService>(m_bus.address());
     service->addItem(u"a@host:22"_s, "secret of a");
     service->addItem(u"b@host:22"_s, "secret of b");
-    m_store = std::make_unique<SecretServiceStore>();
+    m_store = KeyringLibrary::makeKeyring();
     return service;
 }
 
@@ -166,10 +166,11 @@ void TestSecretService::withoutABusMemoryTakesThePlace()
     QCOMPARE(await(store.remove(u"account"_s)), Success);
     QCOMPARE(await(store.copyMatching(u"account"_s, true)).status, ItemNotFound);
 
-    SecretServiceStore service;
-    QCOMPARE(await(service.add(u"account"_s, "secret")), Failed);
-    QCOMPARE(await(service.copyMatching(u"account"_s, true)).status, Failed);
-    QCOMPARE(await(service.remove(u"account"_s)), Failed);
+    const auto service = KeyringLibrary::makeKeyring();
+    QVERIFY(service);
+    QCOMPARE(await(service->add(u"account"_s, "secret")), Failed);
+    QCOMPARE(await(service->copyMatching(u"account"_s, true)).status, Failed);
+    QCOMPARE(await(service->remove(u"account"_s)), Failed);
 }
 
 void TestSecretService::withoutAServiceMemoryTakesThePlace()
