@@ -1,3 +1,4 @@
+#include "App/FontPreparation.h"
 #include "App/TarnwellApp.h"
 #include "App/UnixSignals.h"
 #include "Models/UserDefaults.h"
@@ -32,7 +33,8 @@ void TestEnd::unsavedChangesDoNotStopIt()
     RuntimeDirectory runtimeDirectory(home.filePath(u"run"_s));
     {
         const UnixSignals signals;
-        TarnwellApp app(line, runtimeDirectory);
+        FontPreparation fonts;
+        TarnwellApp app(line, runtimeDirectory, fonts);
         connect(&signals, &UnixSignals::endRequested, &app, &TarnwellApp::end);
         app.start();
         app.window().resize(1111, 777);
