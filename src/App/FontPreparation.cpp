@@ -1,14 +1,27 @@
 #include "App/FontPreparation.h"
 
 #include <dlfcn.h>
+#include <utility>
+
+namespace
+{
+
+void *readConfiguration(void *)
+{
+    // Of the library that QtGui has loaded; whoever asks for it later finds the result.
+    if (const auto initialise = reinterpret_cast<int (*)()>(dlsym(RTLD_DEFAULT, "FcInit"))) {
+        initialise();
+    }
+    return nullptr;
+}
+
+} // namespace
 
 FontPreparation::FontPreparation()
 {
-    // Of the library that QtGui has loaded. From several threads at once it is safe; who comes later finds the
-    // result.
-    using Initialise = int (*)();
-    if (const auto initialise = reinterpret_cast<Initialise>(dlsym(RTLD_DEFAULT, "FcInit"))) {
-        m_thread = std::thread([initialise] { initialise(); });
+    pthread_t thread{};
+    if (pthread_create(&thread, nullptr, &readConfiguration, nullptr) == 0) {
+        m_thread = thread;
     }
 }
 
@@ -19,7 +32,7 @@ FontPreparation::~FontPreparation()
 
 void FontPreparation::wait()
 {
-    if (m_thread.joinable()) {
-        m_thread.join();
+    if (const auto thread = std::exchange(m_thread, std::nullopt)) {
+        pthread_join(*thread, nullptr);
     }
 }

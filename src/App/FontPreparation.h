@@ -1,14 +1,16 @@
 #pragma once
 
-#include <thread>
+#include <optional>
+#include <pthread.h>
 
-/// Reads the system's font configuration on a second processor while the application object is made: that is several
-/// milliseconds of reading XML, which the first text would wait for otherwise. Does nothing where Qt has its fonts
-/// from elsewhere.
+/// Reads the system's font configuration on a second processor while the program's objects are made: that is several
+/// milliseconds of XML, which the first text would wait for otherwise. Does nothing where Qt has its fonts from
+/// elsewhere.
 class FontPreparation
 {
 public:
-    /// Begins.
+    /// Begins. With the application object there: what reads the configuration asks for the environment and for the
+    /// locale, which must not change meanwhile.
     FontPreparation();
     /// As `wait`.
     ~FontPreparation();
@@ -19,5 +21,5 @@ public:
     void wait();
 
 private:
-    std::thread m_thread;
+    std::optional<pthread_t> m_thread;
 };

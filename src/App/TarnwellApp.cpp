@@ -55,7 +55,7 @@ QStringList loginCommand(const CommandLine &line)
 
 /// Every object that there is one of, in the order in which they are made; they go in the opposite order.
 struct TarnwellApp::Objects {
-    Objects(const CommandLine &line, RuntimeDirectory &directory, FontPreparation &fonts)
+    Objects(const CommandLine &line, RuntimeDirectory &directory)
         : defaults(line.profile())
         , settings(defaults)
         , loginItem(LoginItem::defaultDirectory(), loginCommand(line))
@@ -79,6 +79,7 @@ struct TarnwellApp::Objects {
         window = std::make_unique<ContentView>(theme, ContentView::Services{store, manager, clock, &terminals});
     }
 
+    FontPreparation fonts; // begins first
     SystemClock clock;
     UserDefaults defaults;
     AppSettings settings;
@@ -108,9 +109,9 @@ struct TarnwellApp::Objects {
     std::unique_ptr<WindowPictures> pictures;
 };
 
-TarnwellApp::TarnwellApp(const CommandLine &line, RuntimeDirectory &runtimeDirectory, FontPreparation &fonts)
+TarnwellApp::TarnwellApp(const CommandLine &line, RuntimeDirectory &runtimeDirectory)
     : m_line(line)
-    , m_objects(std::make_unique<Objects>(line, runtimeDirectory, fonts))
+    , m_objects(std::make_unique<Objects>(line, runtimeDirectory))
 {
     wire();
 }

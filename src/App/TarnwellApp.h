@@ -7,7 +7,6 @@
 
 class AppDelegate;
 class ContentView;
-class FontPreparation;
 class RuntimeDirectory;
 class Theme;
 struct AppState;
@@ -19,8 +18,8 @@ class TarnwellApp : public QObject
 
 public:
     /// Needs a QApplication. Reads the settings and the stored servers; starts nothing else. `runtimeDirectory`
-    /// outlives the program's objects. Waits for `fonts` before it makes the window.
-    TarnwellApp(const CommandLine &line, RuntimeDirectory &runtimeDirectory, FontPreparation &fonts);
+    /// outlives the program's objects.
+    TarnwellApp(const CommandLine &line, RuntimeDirectory &runtimeDirectory);
     ~TarnwellApp() override;
 
     /// Shows the window, and begins what the command line asks for.

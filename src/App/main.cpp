@@ -1,6 +1,5 @@
 #include "App/CommandLine.h"
 #include "App/Constants.h"
-#include "App/FontPreparation.h"
 #include "App/PictureScreens.h"
 #include "App/SingleInstance.h"
 #include "App/TarnwellApp.h"
@@ -50,7 +49,6 @@ int main(int argc, char **argv)
         }
     }
 
-    FontPreparation fonts;
     PictureScreens screens;
     QList<QByteArray> extra = line.renderDirectory ? screens.arguments() : QList<QByteArray>();
     std::vector<char *> arguments(argv, argv + argc);
@@ -63,7 +61,7 @@ int main(int argc, char **argv)
     QApplication application(count, arguments.data());
     QGuiApplication::setDesktopFileName(Constants::kDesktopFileName);
     const UnixSignals signals;
-    TarnwellApp tarnwell(line, runtimeDirectory, fonts);
+    TarnwellApp tarnwell(line, runtimeDirectory);
     QObject::connect(&signals, &UnixSignals::endRequested, &tarnwell, &TarnwellApp::end);
     QObject::connect(&instance, &SingleInstance::raiseRequested, &tarnwell, &TarnwellApp::raiseWindow);
     tarnwell.start();
