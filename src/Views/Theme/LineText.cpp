@@ -1,6 +1,7 @@
 #include "Views/Theme/LineText.h"
 
 #include <QFontMetrics>
+#include <QGuiApplication>
 #include <QPainter>
 
 LineText::LineText(const QString &text, const QFont &font)
@@ -9,6 +10,7 @@ LineText::LineText(const QString &text, const QFont &font)
 {
     QTextOption option;
     option.setWrapMode(QTextOption::NoWrap);
+    option.setTextDirection(QGuiApplication::layoutDirection());
     m_layout.setTextOption(option);
     m_layout.setCacheEnabled(true); // the glyphs stay for the painting
     m_layout.beginLayout();
@@ -40,7 +42,7 @@ void LineText::paint(QPainter &painter, const QRect &rect, Qt::Alignment alignme
             return;
         }
     }
-    const bool isAtTheRight = alignment.testFlag(Qt::AlignRight) != m_layout.text().isRightToLeft();
+    const bool isAtTheRight = alignment.testFlag(Qt::AlignRight) != (painter.layoutDirection() == Qt::RightToLeft);
     const qreal left = isAtTheRight ? rect.x() + rect.width() - advance : rect.x();
     line.draw(&painter, {left, rect.y() + (rect.height() - line.height()) / 2});
 }

@@ -19,8 +19,8 @@ public:
     /// The height of the font's line.
     int height() const;
 
-    /// Paints with the painter's pen in the middle of the height of `rect`, where the text begins (`alignment`
-    /// Qt::AlignLeft) or at its other side (Qt::AlignRight). What is wider is elided at its end.
+    /// Paints with the painter's pen in the middle of the height of `rect`, at its left or at its right (the other
+    /// way round in a layout from right to left). What is wider is elided at its end.
     void paint(QPainter &painter, const QRect &rect, Qt::Alignment alignment = Qt::AlignLeft) const;
 
 private:

@@ -1,5 +1,6 @@
 #include "Views/Components/Labels.h"
 #include "Views/Theme/Icons.h"
+#include "Views/Theme/LineText.h"
 #include "Views/Theme/Theme.h"
 
 #include <QPainter>
@@ -37,6 +38,8 @@ private Q_SLOTS:
     void aSwitchReachesWindowsAtOnce();
     void everyIconIsThere();
     void iconsFollowThemeAndPixelRatio();
+    void aLineLooksAsThePainterDrawsIt_data();
+    void aLineLooksAsThePainterDrawsIt();
 };
 
 void TestTheme::wordsCanBeRead_data()
@@ -127,6 +130,44 @@ void TestTheme::iconsFollowThemeAndPixelRatio()
     QCOMPARE(strongest(), Tokens::dark().text);
     QCOMPARE(Icons::pixmap(IconName::Server, Qt::black, 16, 2).size(), QSize(32, 32));
     QCOMPARE(Icons::pixmap(IconName::Server, Qt::black, 16, 1).size(), QSize(16, 16));
+}
+
+void TestTheme::aLineLooksAsThePainterDrawsIt_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("room");
+    QTest::addColumn<Qt::Alignment>("alignment");
+    QTest::newRow("fits") << u"deploy@10.0.0.1"_s << 180 << Qt::Alignment(Qt::AlignLeft);
+    QTest::newRow("at the right") << u"Ctrl+1"_s << 180 << Qt::Alignment(Qt::AlignRight);
+    QTest::newRow("too long") << u"a server's name that is far too long for its row"_s << 90
+                              << Qt::Alignment(Qt::AlignLeft);
+    QTest::newRow("no room") << u"name"_s << 3 << Qt::Alignment(Qt::AlignLeft);
+    QTest::newRow("from right to left") << u"\u05e9\u05e8\u05ea 12"_s << 180 << Qt::Alignment(Qt::AlignLeft);
+    QTest::newRow("nothing") << QString() << 180 << Qt::Alignment(Qt::AlignLeft);
+}
+
+void TestTheme::aLineLooksAsThePainterDrawsIt()
+{
+    QFETCH(QString, text);
+    QFETCH(int, room);
+    QFETCH(Qt::Alignment, alignment);
+    const QFont font = Theme().font(TextStyle::Emphasis);
+    const QRect rect(5, 3, room, 31);
+    QCOMPARE(LineText(text, font).width(), QFontMetrics(font).horizontalAdvance(text));
+    const auto picture = [&](const auto &paint) {
+        QImage image(200, 40, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.setLayoutDirection(Qt::LeftToRight);
+        paint(painter);
+        return image;
+    };
+    QCOMPARE(picture([&](QPainter &painter) { LineText(text, font).paint(painter, rect, alignment); }),
+             picture([&](QPainter &painter) {
+                 painter.setFont(font);
+                 painter.drawText(rect, static_cast<int>(alignment | Qt::AlignVCenter) | Qt::TextSingleLine,
+                                  QFontMetrics(font).elidedText(text, Qt::ElideRight, room));
+             }));
 }
 
 QTEST_MAIN(TestTheme)
