@@ -1,4 +1,3 @@
-#include "App/FontPreparation.h"
 #include "App/TarnwellApp.h"
 #include "App/UnixSignals.h"
 #include "Models/UserDefaults.h"
@@ -33,8 +32,7 @@ void TestEnd::unsavedChangesDoNotStopIt()
     RuntimeDirectory runtimeDirectory(home.filePath(u"run"_s));
     {
         const UnixSignals signals;
-        FontPreparation fonts;
-        TarnwellApp app(line, runtimeDirectory, fonts);
+        TarnwellApp app(line, runtimeDirectory);
         connect(&signals, &UnixSignals::endRequested, &app, &TarnwellApp::end);
         app.start();
         app.window().resize(1111, 777);
