@@ -1,11 +1,12 @@
 #pragma once
 
+#include "Models/RecordId.h"
+
 #include <QString>
-#include <QUuid>
 
 /// One job of a crontab: five time fields and a command.
 struct CronJob {
-    QUuid id = QUuid::createUuid();
+    QUuid id = RecordId::fresh();
     QString minute;
     QString hour;
     QString dayOfMonth;

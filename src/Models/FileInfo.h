@@ -1,13 +1,13 @@
 #pragma once
 
 #include "Models/RawText.h"
+#include "Models/RecordId.h"
 
 #include <QString>
-#include <QUuid>
 
 /// One entry of a remote directory, as listed by the server.
 struct FileInfo {
-    QUuid id = QUuid::createUuid();
+    QUuid id = RecordId::fresh();
     QString name;
     QString path;
     QString size;

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Models/RawText.h"
+#include "Models/RecordId.h"
 
 #include <QList>
 #include <QString>
-#include <QUuid>
 #include <optional>
 
 enum class GPUVendor { Nvidia, Amd, Intel };
@@ -18,7 +18,7 @@ struct RawTexts<GPUVendor> {
 
 /// One graphics processor. What a vendor's tool does not tell is absent.
 struct GPUDevice {
-    QUuid id = QUuid::createUuid();
+    QUuid id = RecordId::fresh();
     int index = 0;
     QString name;
     GPUVendor vendor = GPUVendor::Nvidia;

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Models/GPUMetrics.h"
+#include "Models/RecordId.h"
 
 #include <QDateTime>
 #include <QList>
 #include <QString>
-#include <QUuid>
 #include <optional>
 
 /// Memory in bytes.
@@ -25,7 +25,7 @@ struct MemoryMetrics {
 
 /// One filesystem; sizes in bytes.
 struct DiskMetrics {
-    QUuid id = QUuid::createUuid();
+    QUuid id = RecordId::fresh();
     QString filesystem;
     QString mountPoint;
     qint64 total = 0;
@@ -38,7 +38,7 @@ struct DiskMetrics {
 };
 
 struct NetworkInterface {
-    QUuid id = QUuid::createUuid();
+    QUuid id = RecordId::fresh();
     QString name;
     qint64 receiveBytesPerSec = 0;
     qint64 transmitBytesPerSec = 0;
@@ -84,7 +84,7 @@ struct DiskIOMetrics {
 
 /// One sample of a server's load.
 struct MetricsSnapshot {
-    QUuid id = QUuid::createUuid();
+    QUuid id = RecordId::fresh();
     QDateTime timestamp; ///< UTC
     double cpuUsage = 0; ///< percent
     MemoryMetrics memoryUsage;

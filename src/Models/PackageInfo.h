@@ -1,14 +1,14 @@
 #pragma once
 
 #include "Models/RawText.h"
+#include "Models/RecordId.h"
 
 #include <QString>
-#include <QUuid>
 #include <optional>
 
 /// One package of apt or dnf.
 struct PackageInfo {
-    QUuid id = QUuid::createUuid();
+    QUuid id = RecordId::fresh();
     QString name;
     QString version;
     QString description;

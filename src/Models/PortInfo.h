@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Models/RawText.h"
+#include "Models/RecordId.h"
 #include "Models/SemanticColor.h"
 
 #include <QString>
-#include <QUuid>
 
 /// What a port is used for, by its number.
 enum class PortCategory { Web, Ssh, Ftp, Database, Email, Dns, Ntp, System, Registered, Dynamic, Other };
@@ -32,7 +32,7 @@ SemanticColor color(PortCategory category);
 
 /// One listening or connected socket.
 struct PortInfo {
-    QUuid id = QUuid::createUuid();
+    QUuid id = RecordId::fresh();
     QString protocolType;
     QString localAddress;
     QString localPort;

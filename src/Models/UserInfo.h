@@ -1,11 +1,12 @@
 #pragma once
 
+#include "Models/RecordId.h"
+
 #include <QString>
-#include <QUuid>
 
 /// One line of the remote /etc/passwd (passwd(5)).
 struct UserInfo {
-    QUuid id = QUuid::createUuid();
+    QUuid id = RecordId::fresh();
     QString username;
     QString uid;
     QString gid;

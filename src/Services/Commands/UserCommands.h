@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Helpers/Secret.h"
 #include "Helpers/ShellQuote.h"
 #include "Services/Commands/SSHCommand.h"
 
@@ -76,10 +77,23 @@ public:
                    QStringLiteral("echo '%1:%2' | sudo chpasswd").arg(quoteRule(username), quoteRule(password)),
                .isConfidential = true})
         , username(username)
+        , m_password(password)
     {
     }
 
+    SetUserPasswordCommand(const SetUserPasswordCommand &) = default;
+    SetUserPasswordCommand(SetUserPasswordCommand &&) = default;
+    SetUserPasswordCommand &operator=(const SetUserPasswordCommand &) = delete;
+    SetUserPasswordCommand &operator=(SetUserPasswordCommand &&) = delete;
+
+    ~SetUserPasswordCommand() override { wipe(m_password); }
+
+    const QString &password() const { return m_password; }
+
     const QString username;
+
+private:
+    QString m_password;
 };
 
 /// Adds an account to a supplementary group.

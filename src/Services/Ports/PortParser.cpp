@@ -158,12 +158,15 @@ private:
                 const Process &process)
     {
         const auto [localIp, localPort] = PortParser::parseSSAddress(local);
-        const auto [foreignIp, foreignPort] = PortParser::parseSSAddress(foreign);
+        if (foreign != m_foreignText) { // the same for all that listen
+            m_foreignText = foreign;
+            m_foreign = PortParser::parseSSAddress(foreign);
+        }
         ports.append({.protocolType = m_protocol.of(protocol),
                       .localAddress = localIp,
                       .localPort = localPort,
-                      .foreignAddress = foreignIp,
-                      .foreignPort = foreignPort,
+                      .foreignAddress = m_foreign.ip,
+                      .foreignPort = m_foreign.port,
                       .state = m_state.of(state),
                       .processName = process.name,
                       .pid = process.pid});
@@ -171,6 +174,8 @@ private:
 
     SharedText m_protocol;
     SharedText m_state;
+    QByteArrayView m_foreignText;
+    PortParser::Address m_foreign;
     QByteArray m_joined;
 };
 

@@ -162,10 +162,14 @@ void TableModel::replace(QStringList identities)
     QHash<QString, int> copies;
     for (int i = 0; i < identities.size(); ++i) {
         const QString first = identities.at(i);
-        while (known.contains(identities.at(i))) {
-            identities[i] = first + QChar(0x1F) + QString::number(++copies[first]);
+        for (qsizetype before = known.size(); known.size() == before;) {
+            int &place = known[identities.at(i)];
+            if (known.size() > before) {
+                place = i;
+            } else {
+                identities[i] = first + QChar(0x1F) + QString::number(++copies[first]);
+            }
         }
-        known.insert(identities.at(i), i);
     }
 
     // Rows go on showing what they showed, with new values; those without a record keep the old one.
@@ -173,7 +177,8 @@ void TableModel::replace(QStringList identities)
     std::vector<int> kept;
     for (int &record : m_shown) {
         const QString &identity = m_identities.at(record);
-        const int now = known.value(identity, -1);
+        const bool isWhereItWas = record < m_live && identities.at(record) == identity; // most are
+        const int now = isWhereItWas ? record : known.value(identity, -1);
         if (now < 0) {
             kept.push_back(record);
             identities.append(identity);
