@@ -311,7 +311,8 @@ void TestContentView::theServersMenu()
     QPointer popup = button.popup();
     QVERIFY(popup && popup->isVisible());
     QCOMPARE(AccessibilityWalk::faults(*popup), QString());
-    QCOMPARE(popup->pos().x(), button.mapToGlobal(QPoint()).x());
+    const QPoint offset = popup->pos() - button.mapToGlobal(QPoint(0, button.height()));
+    QVERIFY(offset.manhattanLength() < 12); // right below; the offscreen platform gives it a frame
     const ServerListModel &model = popup->browser().model();
     QCOMPARE(model.rowCount(), 2);
     QCOMPARE(model.index(1).data().toString(), m_b.name);
