@@ -141,9 +141,9 @@ int ServerListModel::rowCount(const QModelIndex &parent) const
 
 ServerListModel::State ServerListModel::stateOf(const Server &server) const
 {
-    return m_connecting.contains(server.id) ? State::Connecting
-           : server.isConnected             ? State::Connected
-                                            : State::NotConnected;
+    return server.isConnected                 ? State::Connected
+           : m_connecting.contains(server.id) ? State::Connecting
+                                              : State::NotConnected;
 }
 
 const Server *ServerListModel::serverAt(int row) const

@@ -32,7 +32,7 @@ public:
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
 
-    /// A connection is being made to this server, or is no more.
+    /// A connection is being made to this server, or is no more. One that counts as connected stays so meanwhile.
     void setConnecting(const QUuid &id, bool isConnecting);
 
     /// Not valid for a server that is not there, or that the search leaves out.
