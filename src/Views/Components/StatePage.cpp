@@ -49,9 +49,8 @@ public:
             label->setWordWrap(true);
             label->setAlignment(Qt::AlignHCenter);
         }
-        for (QWidget *part :
-             {static_cast<QWidget *>(m_text), static_cast<QWidget *>(m_explanation), static_cast<QWidget *>(m_detail),
-              static_cast<QWidget *>(m_button)}) {
+        for (QWidget *part : {static_cast<QWidget *>(m_text), static_cast<QWidget *>(m_explanation),
+                              static_cast<QWidget *>(m_detail), static_cast<QWidget *>(m_button)}) {
             part->hide(); // a layout would ask for their fonts before there are words
         }
         m_explanation->setSelectable();
