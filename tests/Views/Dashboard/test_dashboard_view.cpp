@@ -127,10 +127,11 @@ private:
         return *qobject_cast<Content *>(part.content());
     }
 
-    // Answers all there is of samples.
+    // Answers what waits until a sample is whole. On a slow machine the next one has begun by then.
     void answerSamples(const QByteArray &gpus, qint64 receivedBytes)
     {
-        while (!m_transport->calls.isEmpty()) {
+        const qsizetype samples = m_model->metricsHistory().size();
+        while (!m_transport->calls.isEmpty() && m_model->metricsHistory().size() == samples) {
             const QString line = m_transport->calls.constFirst().command;
             m_transport->answer(line == GetCPUUsageCommand().commandString() ? "37.42\n"
                                 : line == GetMemoryMetricsCommand().commandString()

@@ -86,10 +86,11 @@ private:
         return *m_model;
     }
 
-    // Answers the commands that wait and those that follow from them, until none is left.
+    // Answers what waits until a sample is whole. On a slow machine the next one has begun by then.
     void answerSamples(qint64 receivedBytes = 0)
     {
-        while (!m_transport->calls.isEmpty()) {
+        const qsizetype samples = m_model->metricsHistory().size();
+        while (!m_transport->calls.isEmpty() && m_model->metricsHistory().size() == samples) {
             const QString line = m_transport->calls.constFirst().command;
             const QByteArray received = QByteArray::number(receivedBytes);
             m_transport->answer(line == GetCPUUsageCommand().commandString()        ? "25.0\n"
