@@ -53,6 +53,7 @@ public:
                               static_cast<QWidget *>(m_detail), static_cast<QWidget *>(m_button)}) {
             part->hide(); // a layout would ask for their fonts before there are words
         }
+        m_explanation->setContentsMargins(0, 14, 0, 4);
         m_explanation->setSelectable();
         m_detail->setSelectable();
 
@@ -64,7 +65,6 @@ public:
         column->addWidget(m_title);
         column->addSpacing(6);
         column->addWidget(m_text);
-        column->addSpacing(6);
         column->addWidget(m_explanation);
         column->addSpacing(6);
         column->addWidget(m_detail);
@@ -93,9 +93,10 @@ public:
         m_text->setVisible(!message.text.isEmpty());
         m_explanation->setText(message.explanation);
         m_explanation->setVisible(!message.explanation.isEmpty());
-        for (TextLabel *label : {m_text, m_explanation}) { // lists read from the left
-            label->setAlignment(label->text().contains(u'\n') ? Qt::AlignLeft : Qt::AlignHCenter);
-        }
+        // Lists read from the left, and what belongs to one.
+        m_text->setAlignment(sideOf(message.text));
+        m_explanation->setAlignment(sideOf(message.explanation));
+        m_detail->setAlignment(sideOf(message.explanation));
         m_detail->setText(message.detail);
         m_detail->setVisible(!message.detail.isEmpty());
         m_button->setText(buttonText);
@@ -145,6 +146,11 @@ protected:
     }
 
 private:
+    static Qt::Alignment sideOf(const QString &text)
+    {
+        return text.contains(u'\n') ? Qt::AlignLeft : Qt::AlignHCenter;
+    }
+
     void updateFrames()
     {
         if (m_state == StatePage::State::Loading && isVisible()) {
