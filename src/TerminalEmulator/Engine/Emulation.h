@@ -176,6 +176,7 @@ private:
     void printAscii(const uint8_t *at, int count);
     bool printOne(uint8_t byte);
     const uint8_t *printUtf8(const uint8_t *at, const uint8_t *end);
+    const uint8_t *printRun(const uint8_t *at, const uint8_t *end);
     const uint8_t *resumeUtf8(const uint8_t *at, const uint8_t *end);
     void printCodePoint(char32_t codePoint);
     void printByte(uint8_t byte);

@@ -28,7 +28,7 @@ struct Header {
 };
 
 constexpr size_t HeaderSize = 6;
-constexpr uint16_t TailUnit = 0xffff; ///< a noncharacter stands for the second column of a wide one
+constexpr uint16_t TailUnit = 0xd800; ///< a surrogate, which no cell holds, is the second column of a wide one
 
 void put16(uint8_t *&at, uint32_t value)
 {
@@ -45,12 +45,6 @@ uint16_t take16(const uint8_t *&at)
     return value;
 }
 
-void put32(uint8_t *&at, uint32_t value)
-{
-    std::memcpy(at, &value, 4);
-    at += 4;
-}
-
 uint32_t take32(const uint8_t *&at)
 {
     uint32_t value;
@@ -58,6 +52,33 @@ uint32_t take32(const uint8_t *&at)
     at += 4;
     return value;
 }
+
+/// The smallest layout that holds characters with these codes.
+uint8_t layoutFor(uint32_t codes)
+{
+    return codes < 0x100 ? 0 : (codes & Cell::Cluster) == 0 && (codes & Cell::CodePoint) <= 0xffff ? 1 : 2;
+}
+
+#if defined(__SSE2__)
+template<int Bytes>
+void storeFour(__m128i code, uint8_t *out)
+{
+    if constexpr (Bytes == 1) {
+        const __m128i words = _mm_packs_epi32(code, code);
+        const int bytes = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
+        std::memcpy(out, &bytes, 4);
+    } else if constexpr (Bytes == 2) {
+        static_assert(Cell::Tail == 1u << 23);
+        const __m128i tails = _mm_srai_epi32(_mm_slli_epi32(code, 8), 31);
+        const __m128i marked = _mm_or_si128(code, _mm_and_si128(tails, _mm_set1_epi32(TailUnit)));
+        // Packing saturates signed numbers: the low halves, spread over their words, are such.
+        const __m128i units = _mm_srai_epi32(_mm_slli_epi32(marked, 16), 16);
+        _mm_storel_epi64(reinterpret_cast<__m128i *>(out), _mm_packs_epi32(units, units));
+    } else {
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(out), code);
+    }
+}
+#endif
 
 } // namespace
 
@@ -179,9 +200,10 @@ uint16_t History::localStyle(Chunk &chunk, StyleId id)
     return known.number;
 }
 
-/// Writes one byte a cell and collects the runs of styles in the same pass. Returns the OR of all codes, which tells
-/// whether a byte was enough.
-size_t History::encodeNarrow(const Cell *cells, size_t length, uint8_t *out, size_t &runs)
+/// Writes the codes, `Bytes` each, and collects the runs of styles in the same pass. Returns the OR of all codes,
+/// which tells whether that many bytes were enough.
+template<int Bytes>
+uint32_t History::encode(const Cell *cells, size_t length, uint8_t *out, size_t &runs)
 {
     uint32_t codes = 0;
     size_t x = 0;
@@ -202,9 +224,7 @@ size_t History::encodeNarrow(const Cell *cells, size_t length, uint8_t *out, siz
         const __m128i code = _mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)));
         const __m128i styles = _mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1)));
         every = _mm_or_si128(every, code);
-        const __m128i words = _mm_packs_epi32(code, code);
-        const int bytes = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
-        std::memcpy(out + x, &bytes, 4);
+        storeFour<Bytes>(code, out + x * Bytes);
         const __m128i same = _mm_cmpeq_epi32(styles, _mm_set1_epi32(static_cast<int>(style)));
         if (_mm_movemask_epi8(same) != 0xffff) {
             for (size_t each = x; each < x + 4; ++each) {
@@ -223,7 +243,8 @@ size_t History::encodeNarrow(const Cell *cells, size_t length, uint8_t *out, siz
 #endif
     for (; x < length; ++x) {
         codes |= cells[x].code;
-        out[x] = static_cast<uint8_t>(cells[x].code);
+        const uint32_t unit = Bytes == 2 && cells[x].isTail() ? TailUnit : cells[x].code;
+        std::memcpy(out + x * Bytes, &unit, Bytes); // little-endian, as everything here
         if (cells[x].style != style) {
             if (x > begin) {
                 closeRun(x);
@@ -274,27 +295,24 @@ void History::append(const Cell *cells, size_t length, uint8_t flags, LineSize s
     uint8_t *at = start + HeaderSize;
 
     size_t runs = 0;
-    const auto codes = static_cast<uint32_t>(encodeNarrow(cells, length, at, runs));
-    uint8_t layout = 0;
-    if (codes < 0x100) {
-        at += length;
-    } else if ((codes & Cell::Cluster) == 0 && (codes & Cell::CodePoint) < 0xffff) {
-        layout = 1;
-        for (size_t x = 0; x < length; ++x) {
-            put16(at, cells[x].isTail() ? TailUnit : cells[x].code & 0xffff);
-        }
-    } else {
-        layout = 2;
-        for (size_t x = 0; x < length; ++x) {
-            put32(at, cells[x].code);
-        }
+    const auto encodeAs = [&](uint8_t layout) {
+        return layout == 0   ? encode<1>(cells, length, at, runs)
+               : layout == 1 ? encode<2>(cells, length, at, runs)
+                             : encode<4>(cells, length, at, runs);
+    };
+    // Most rows are like the one before.
+    const uint32_t codes = encodeAs(m_layout);
+    if (const uint8_t fitting = layoutFor(codes); fitting != m_layout) {
+        m_layout = fitting;
+        encodeAs(fitting);
     }
+    at += length << m_layout;
     for (size_t run = 0; run < runs; ++run) {
         put16(at, localStyle(chunk, m_runs[2 * run]));
         put16(at, m_runs[2 * run + 1]);
     }
     const Header header{static_cast<uint8_t>(flags & ~Row::Dirty),
-                        static_cast<uint8_t>(layout | static_cast<unsigned>(size) << 2),
+                        static_cast<uint8_t>(m_layout | static_cast<unsigned>(size) << 2),
                         static_cast<uint16_t>(length), static_cast<uint16_t>(runs)};
     std::memcpy(start, &header, HeaderSize);
     chunk.bytes.used = static_cast<size_t>(at - chunk.bytes.data.get());

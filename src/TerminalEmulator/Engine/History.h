@@ -95,7 +95,8 @@ private:
     void openChunk();
     void sealChunk();
     const Chunk &chunkOf(size_t absolute) const;
-    size_t encodeNarrow(const Cell *cells, size_t length, uint8_t *out, size_t &runs);
+    template<int Bytes>
+    uint32_t encode(const Cell *cells, size_t length, uint8_t *out, size_t &runs);
     void appendClusters(Buffer &bytes, const Cell *cells, size_t length) const;
 
     size_t m_limit;
@@ -104,6 +105,7 @@ private:
     size_t m_size = 0;
     size_t m_dropped = 0; ///< rows that went at the old end: absolute number of the oldest kept
     std::deque<Chunk> m_chunks;
+    uint8_t m_layout = 0;            ///< of the last row
     bool m_isOpen = false;           ///< the last chunk may take more rows
     std::vector<LocalStyle> m_local; ///< by style number: its number in the open chunk
     uint32_t m_serial = 1;

@@ -30,6 +30,17 @@ void TestLimits::scrollbackIsCompact()
     }
     QCOMPARE(scene.terminal.historySize(), 10'000);
     QVERIFY2(scene.terminal.memoryUse() < 4 << 20, qPrintable(QString::number(scene.terminal.memoryUse())));
+    // Wide text costs two bytes a column.
+    Scene wide(120, 40, 10'000);
+    std::string han;
+    for (char32_t code = 0x4e00; code < 0x4e00 + 60 * 97; code += 97) {
+        vt::appendUtf8(han, code);
+    }
+    for (int row = 0; row < 10'100; ++row) {
+        wide.feed(han + "\r\n");
+    }
+    QVERIFY2(wide.terminal.memoryUse() < 3 << 20, qPrintable(QString::number(wide.terminal.memoryUse())));
+    QCOMPARE(wide.lineText(wide.terminal.firstLine()), QByteArray::fromStdString(han));
     vt::Line line;
     QVERIFY(scene.terminal.line(scene.terminal.firstLine(), line));
     QCOMPARE(scene.terminal.style(line.cells[0].style).foreground, vt::Color::indexed((10'100 - 39 - 10'000) % 8));

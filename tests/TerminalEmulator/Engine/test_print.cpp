@@ -1,11 +1,16 @@
 #include "Scene.h"
 
+#include <iterator>
+#include <random>
+
 // How text gets to the screen: wrapping, insert mode, wide characters at the edges, tabs.
 class TestPrint : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void wholeTextIsLikeItsBytes_data();
+    void wholeTextIsLikeItsBytes();
     void theLastColumnHoldsTheWrapBack();
     void withoutAutowrapTheLastColumnIsOverwritten();
     void insertModeShiftsTheRest();
@@ -105,6 +110,66 @@ void TestPrint::writtenSpacesDifferFromUntouchedCells()
     Scene scene;
     scene.feed("a b\x1b[1;6Hc\x1b[1;1H\x1b[X");
     QCOMPARE(scene.row(1, true), ". b..c");
+}
+
+void TestPrint::wholeTextIsLikeItsBytes_data()
+{
+    QTest::addColumn<QByteArray>("modes");
+    QTest::newRow("plain") << QByteArray();
+    QTest::newRow("between margins") << QByteArray("\x1b[?69h\x1b[3;9s\x1b[2;4r\x1b[3;4H");
+    QTest::newRow("without wrapping") << QByteArray("\x1b[?7l");
+    QTest::newRow("inserting") << QByteArray("\x1b[4h");
+    QTest::newRow("another set") << QByteArray("\x1b(0");
+    QTest::newRow("double width") << QByteArray("\x1b#6");
+}
+
+void TestPrint::wholeTextIsLikeItsBytes()
+{
+    QFETCH(QByteArray, modes);
+    // Narrow, wide, joining and malformed ones, which a whole text takes in runs and single bytes do not.
+    static constexpr std::string_view Pieces[] = {"a",
+                                                  "longer ascii text",
+                                                  "\u00e9",
+                                                  "\u2500\u2500",
+                                                  "\u6f22\u5b57",
+                                                  "\uac00",
+                                                  "\u1100\u1161",
+                                                  "\U0001f600",
+                                                  "\U0001f1e9\U0001f1ea",
+                                                  "\U0001f469\u200d\U0001f4bb",
+                                                  "\u2764\ufe0f",
+                                                  "e\u0301",
+                                                  "\u0301",
+                                                  "\ufdd0\uffff",
+                                                  "\xe6\xbc",
+                                                  "\xc3",
+                                                  "\xed\xa0\x80",
+                                                  "\r\n",
+                                                  "\x1b[2;6H",
+                                                  "\b",
+                                                  "\x1b[1m",
+                                                  "\x1b[K",
+                                                  "\xc2\x85",
+                                                  "\u0600"};
+    std::minstd_rand random(7);
+    for (int round = 0; round < 100; ++round) {
+        std::string text;
+        for (int count = 0; count < 40; ++count) {
+            text += Pieces[random() % std::size(Pieces)];
+        }
+        Scene whole(12, 4, 50);
+        Scene single(12, 4, 50);
+        whole.feed(modes.toStdString() + text);
+        single.feed(modes.toStdString());
+        for (const char each : text) {
+            single.feed({&each, 1});
+        }
+        QCOMPARE(whole.cursor(), single.cursor());
+        QCOMPARE(whole.terminal.lastLine(), single.terminal.lastLine());
+        for (int64_t line = whole.terminal.firstLine(); line <= whole.terminal.lastLine(); ++line) {
+            QVERIFY2(whole.lineText(line, true) == single.lineText(line, true), Scene::visible(text).constData());
+        }
+    }
 }
 
 QTEST_GUILESS_MAIN(TestPrint)
