@@ -352,7 +352,6 @@ void TerminalWidget::State::showMenu(QPoint global, QPointF point)
     const std::optional<Terminal::FoundLink> link = terminal.linkAt(positionAt(point));
     const std::optional<QUrl> url = link ? safeLink(link->uri) : std::nullopt;
     if (url) {
-        add(TerminalWidget::tr("Open Link"), [this, target = *url] { Q_EMIT widget->linkActivated(target); });
         add(TerminalWidget::tr("Copy Link"),
             [target = *url] { QGuiApplication::clipboard()->setText(target.toString(QUrl::FullyEncoded)); });
         menu->addSeparator();

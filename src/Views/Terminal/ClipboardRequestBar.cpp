@@ -4,6 +4,7 @@
 #include "Views/Components/PlainText.h"
 
 #include <QHBoxLayout>
+#include <QLocale>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -42,7 +43,9 @@ ClipboardRequestBar::ClipboardRequestBar(const Theme &theme, QWidget *parent)
 
 void ClipboardRequestBar::ask(const QString &serverName, const QString &text)
 {
-    m_question->setFullText(tr("%1 wants to copy a text to the clipboard").arg(PlainText::oneLine(serverName)));
+    const QString length = QLocale().toString(text.size());
+    m_question->setFullText(
+        tr("%1 wants to copy a text to the clipboard (%2 characters)").arg(PlainText::oneLine(serverName), length));
     m_preview->setFullText(PlainText::oneLine(text.left(kPreview)));
     setAccessibleName(m_question->text());
     show();

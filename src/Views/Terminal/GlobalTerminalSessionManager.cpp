@@ -104,9 +104,9 @@ void GlobalTerminalSessionManager::setState(const QUuid &terminalId, TerminalCon
         state = {.hasConnectedOnce = true, .isCurrentlyConnected = true, .shouldShowReconnect = false};
         break;
     case TerminalConnectionState::disconnected:
-        // Also after a client that could not be started: the operator may try again.
+        // After a client that never started nothing was closed: the terminal tells why.
         state.isCurrentlyConnected = false;
-        state.shouldShowReconnect = true;
+        state.shouldShowReconnect = state.hasConnectedOnce;
         break;
     }
     Q_EMIT terminalChanged(found->serverId, terminalId);

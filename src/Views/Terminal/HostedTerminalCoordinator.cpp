@@ -88,6 +88,10 @@ void HostedTerminalCoordinator::applyTheme()
 void HostedTerminalCoordinator::setupSSHConnection()
 {
     end();
+    m_mayWriteClipboard = false;
+    if (std::exchange(m_clipboardRequest, std::nullopt)) {
+        Q_EMIT clipboardRequestChanged();
+    }
     m_hostedSSHManager = new HostedSSHManager(m_services.ssh, m_services.sshManager, m_server);
     m_hostedSSHManager->setParent(this);
     HostedSSHManager &session = *m_hostedSSHManager;
@@ -181,7 +185,7 @@ void HostedTerminalCoordinator::terminalResized(int columns, int rows, QSize pix
 
 bool HostedTerminalCoordinator::terminalMayWriteClipboard(const QString &text)
 {
-    if (!m_mayWriteClipboard) {
+    if (!m_mayWriteClipboard && !m_clipboardRequest) {
         m_clipboardRequest = text;
         Q_EMIT clipboardRequestChanged();
     }

@@ -63,12 +63,13 @@ public:
     /// For the quitting program: the client is gone when this returns.
     void endNow();
 
-    /// The text that the server wants to have in the clipboard, until it is answered.
+    /// The text that the server wants to have in the clipboard, until it is answered or the session is replaced.
+    /// Others that come meanwhile are dropped, so that the answer is about what was on show.
     const std::optional<QString> &clipboardRequest() const { return m_clipboardRequest; }
 
     enum class ClipboardAnswer { No, Once, Always };
 
-    /// Answers the request on show; `Always` holds for as long as this terminal lives.
+    /// Answers the request on show; `Always` holds for this session.
     void answerClipboardRequest(ClipboardAnswer answer);
 
     void terminalSends(const QByteArray &bytes) override;

@@ -5,7 +5,7 @@
 #include "Views/Terminal/TerminalHostView.h"
 #include "Views/Terminal/TerminalReconnectOverlay.h"
 
-#include <QApplication>
+#include <QKeyEvent>
 #include <QPushButton>
 
 TerminalHostWrapper::TerminalHostWrapper(const Theme &theme, const ServerStore &store,
@@ -56,12 +56,27 @@ void TerminalHostWrapper::followSession()
     if (const std::optional<Server> server = m_store.server(m_serverId)) {
         m_overlay->setServerName(server->name);
     }
+    if (isOffered) {
+        terminal->installEventFilter(this);
+    } else if (terminal != nullptr) {
+        terminal->removeEventFilter(this);
+    }
     m_overlay->setVisible(isOffered);
     placeOverlay();
-    const bool hadKeyboard = terminal != nullptr && terminal->hasFocus();
-    if (isOffered && hadKeyboard) {
-        m_overlay->button().setFocus();
+}
+
+// The keyboard stays where it is when a session ends, or keys meant for the shell would begin another one. With
+// nobody behind the terminal Tab leads to the offer.
+bool TerminalHostWrapper::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::KeyPress && watched == m_host->terminal() && m_overlay->isVisible()) {
+        const int key = static_cast<const QKeyEvent *>(event)->key();
+        if (key == Qt::Key_Tab || key == Qt::Key_Backtab) {
+            m_overlay->button().setFocus(Qt::TabFocusReason);
+            return true;
+        }
     }
+    return QWidget::eventFilter(watched, event);
 }
 
 void TerminalHostWrapper::placeOverlay()

@@ -28,6 +28,7 @@ TerminalView::TerminalView(const Theme &theme, const ServerStore &store, GlobalT
     , m_serverId(server.id)
     , m_title(new ElidedLabel(theme, TextStyle::Heading, TextLabel::Shade::Text, Qt::ElideRight, this))
     , m_state(new Pill(theme, Pill::Dot::With, this))
+    , m_connect(new QPushButton(tr("Connect"), this))
     , m_find(new TerminalFindField(theme, this))
     , m_newTerminal(new QPushButton(this))
     , m_clipboardRequest(new ClipboardRequestBar(theme, this))
@@ -60,6 +61,7 @@ QWidget *TerminalView::makeHeader(const Theme &theme)
     line->setSpacing(12);
     line->addWidget(m_title);
     line->addWidget(m_state);
+    line->addWidget(m_connect);
     line->addStretch(1);
     line->addWidget(m_find);
     line->addWidget(m_newTerminal);
@@ -87,6 +89,10 @@ void TerminalView::connectParts()
     addShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_T, [this] { openTerminal(); });
     connect(m_find, &TerminalFindField::finished, this, [this] { m_wrapper->setFocus(); });
     connect(m_newTerminal, &QPushButton::clicked, this, &TerminalView::openTerminal);
+    connect(m_connect, &QPushButton::clicked, this, [this] {
+        m_wrapper->setFocus();
+        m_terminals.connectTerminalIfNeeded(m_terminals.currentTerminal(m_serverId));
+    });
     connect(m_tabs, &TerminalTabs::terminalChosen, this, &TerminalView::choose);
     connect(m_tabs, &TerminalTabs::closeRequested, this, [this](const QUuid &terminal) {
         m_terminals.closeTerminal(terminal);
@@ -137,7 +143,8 @@ void TerminalView::followTerminal()
 
 void TerminalView::followState()
 {
-    const auto *const coordinator = m_terminals.terminal(m_terminals.currentTerminal(m_serverId)).coordinator;
+    const QUuid current = m_terminals.currentTerminal(m_serverId);
+    const auto *const coordinator = m_terminals.terminal(current).coordinator;
     const auto state = coordinator ? coordinator->connectionState() : TerminalConnectionState::disconnected;
     switch (state) {
     case TerminalConnectionState::connected:
@@ -150,6 +157,9 @@ void TerminalView::followState()
         m_state->setState(tr("Disconnected"), ToneName::Gray);
         break;
     }
+    const bool hasFailed = coordinator != nullptr && coordinator->hostedSSHManager() != nullptr &&
+                           state == TerminalConnectionState::disconnected;
+    m_connect->setVisible(hasFailed && !m_terminals.sessionState(current).shouldShowReconnect);
     const std::optional<QString> request = coordinator ? coordinator->clipboardRequest() : std::nullopt;
     if (request) {
         m_clipboardRequest->ask(coordinator->server().name, *request);

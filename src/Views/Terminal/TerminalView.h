@@ -36,6 +36,9 @@ public:
 
     Pill &connectionPill() const { return *m_state; }
 
+    /// Offered while there is no session and none was closed: its client could not be started.
+    QPushButton &connectButton() const { return *m_connect; }
+
     ClipboardRequestBar &clipboardRequest() const { return *m_clipboardRequest; }
 
 public Q_SLOTS:
@@ -56,6 +59,7 @@ private:
     QUuid m_serverId;
     ElidedLabel *m_title;
     Pill *m_state;
+    QPushButton *m_connect;
     TerminalFindField *m_find;
     QPushButton *m_newTerminal;
     ClipboardRequestBar *m_clipboardRequest;

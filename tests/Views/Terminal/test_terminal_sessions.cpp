@@ -17,8 +17,11 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDesktopServices>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -54,6 +57,19 @@ public:
     GlobalTerminalSessionManager *terminals = nullptr;
 };
 
+// In place of the desktop's browser.
+class UrlCatcher : public QObject
+{
+    Q_OBJECT
+
+public:
+    QList<QUrl> opened;
+
+public Q_SLOTS:
+
+    void open(const QUrl &url) { opened.append(url); }
+};
+
 bool isRunning(pid_t pid)
 {
     return pid > 0 && ::kill(pid, 0) == 0;
@@ -77,6 +93,8 @@ private Q_SLOTS:
     void twoServersSideBySide();
     void exitAndReconnect();
     void reconnectAfterAClientThatNeverStarted();
+    void keysAreNotTakenForAnAnswer();
+    void linksOpenOnlyAfterControlClick();
     void hostChangedWhileLive();
     void deletedServer();
     void quit();
@@ -308,11 +326,66 @@ void TestTerminalSessions::exitAndReconnect()
 
 void TestTerminalSessions::reconnectAfterAClientThatNeverStarted()
 {
-    QFile::remove(m_transport->sshPath);
+    const QString client = m_transport->sshPath;
+    QVERIFY(QFile::rename(client, client + u".away"_s));
     const Server server = add(u"web"_s);
     show(server);
     QVERIFY(shows(view(server), u"Failed to start SSH"_s));
-    QVERIFY(m_page->wrapper().overlay().isVisible());
+    // No connection was closed, and the operator can try again all the same.
+    QVERIFY(!m_page->wrapper().overlay().isVisible());
+    QVERIFY(!m_terminals->sessionState(server.id).shouldShowReconnect);
+    QVERIFY(m_page->connectButton().isVisible());
+    QVERIFY(QFile::rename(client + u".away"_s, client));
+    m_page->connectButton().click();
+    QVERIFY(shows(view(server), u":~$"_s));
+    QVERIFY(!m_page->connectButton().isVisible());
+}
+
+void TestTerminalSessions::keysAreNotTakenForAnAnswer()
+{
+    const Server server = add(u"web"_s);
+    HostedTerminalView *const terminal = open(server);
+    QVERIFY(terminal);
+    QTRY_COMPARE(QApplication::focusWidget(), terminal);
+    TerminalReconnectOverlay &overlay = m_page->wrapper().overlay();
+    terminal->coordinator().terminalSends("exit\r");
+    QTRY_VERIFY(overlay.isVisible());
+    QCOMPARE(QApplication::focusWidget(), terminal);
+    QTest::keyClick(terminal, Qt::Key_Return);
+    QTest::keyClick(terminal, Qt::Key_Space);
+    QVERIFY(overlay.isVisible());
+    QTest::keyClick(terminal, Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), &overlay.button());
+    QTest::keyClick(&overlay.button(), Qt::Key_Space);
+    QTRY_VERIFY(!overlay.isVisible());
+    QCOMPARE(QApplication::focusWidget(), terminal);
+    QVERIFY(shows(*terminal, u":~$"_s));
+    // Now it is the shell's.
+    QTest::keyClick(terminal, Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), terminal);
+}
+
+void TestTerminalSessions::linksOpenOnlyAfterControlClick()
+{
+    const Server server = add(u"web"_s);
+    HostedTerminalView *const terminal = open(server);
+    QVERIFY(terminal);
+    QVERIFY(says(*terminal, "clear; echo https://exa''mple.org/a", u"https://example.org/a"_s));
+    UrlCatcher catcher;
+    QDesktopServices::setUrlHandler(u"https"_s, &catcher, "open");
+    const QSize cell(terminal->width() / terminal->columns(), terminal->height() / terminal->rows());
+    const QPoint place(5 * cell.width(), cell.height() / 2 + terminal->contentsRect().top());
+    QTest::mouseClick(terminal, Qt::LeftButton, {}, place);
+    QMouseEvent hover(QEvent::MouseMove, QPointF(place), terminal->mapToGlobal(QPointF(place)), Qt::NoButton,
+                      Qt::NoButton, Qt::ControlModifier);
+    QCoreApplication::sendEvent(terminal, &hover);
+    const auto labels = terminal->findChildren<QLabel *>();
+    QVERIFY(std::ranges::any_of(
+        labels, [](const QLabel *each) { return each->isVisible() && each->text() == u"https://example.org/a"_s; }));
+    QCOMPARE(catcher.opened, QList<QUrl>());
+    QTest::mouseClick(terminal, Qt::LeftButton, Qt::ControlModifier, place);
+    QCOMPARE(catcher.opened, QList<QUrl>{QUrl(u"https://example.org/a"_s)});
+    QDesktopServices::unsetUrlHandler(u"https"_s);
 }
 
 void TestTerminalSessions::hostChangedWhileLive()
@@ -570,6 +643,17 @@ void TestTerminalSessions::clipboardNeedsConsent()
     QVERIFY(says(*terminal, "clear; " + write, u"asked"_s));
     QTRY_COMPARE(clipboard.text(), u"theirs"_s);
     QVERIFY(!text(*terminal).contains(u"bWluZQ"_s)); // "mine" was not told
+
+    // The next session asks anew, and a second text does not take the place of the one on show.
+    clipboard.setText(u"mine"_s);
+    terminal->coordinator().reconnect();
+    QVERIFY(shows(*terminal, u":~$"_s));
+    QVERIFY(says(*terminal, R"(printf '\033]52;c;dGhlaXJz\007\033]52;c;b3RoZXI=\007'; echo tw''ice)", u"twice"_s));
+    QTRY_VERIFY(m_page->clipboardRequest().isVisible());
+    QVERIFY(m_page->clipboardRequest().accessibleName().contains(u"6 characters"_s));
+    press(1);
+    QCOMPARE(clipboard.text(), u"theirs"_s);
+    QVERIFY(!m_page->clipboardRequest().isVisible());
 }
 
 void TestTerminalSessions::severalLinesAreAskedAbout()
