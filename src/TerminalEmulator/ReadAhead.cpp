@@ -27,14 +27,13 @@ constexpr int TellPause = 1; // milliseconds
 
 void signalTo(int event)
 {
-    const uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = ::write(event, &one, sizeof one);
+    ::eventfd_write(event, 1);
 }
 
 void clear(int event)
 {
-    uint64_t count = 0;
-    [[maybe_unused]] const ssize_t taken = ::read(event, &count, sizeof count);
+    eventfd_t count = 0;
+    ::eventfd_read(event, &count);
 }
 
 } // namespace

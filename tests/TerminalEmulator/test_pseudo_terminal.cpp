@@ -221,7 +221,7 @@ void TestPseudoTerminal::readingAheadEndsAtAnyTime()
         pty.close();
         QCOMPARE(pty.readable(), -1);
         int status = 0;
-        QTRY_VERIFY(pty.hasExited(status));
+        QVERIFY(QTest::qWaitFor([&] { return pty.hasExited(status); }));
     }
 }
 
