@@ -53,5 +53,4 @@ void AppDelegate::applicationWillTerminate()
     m_services.children.shutdown();
     m_services.secrets.cancelAll();
     m_services.askpass.removeAll();
-    m_services.defaults.flush();
 }

@@ -73,7 +73,7 @@ void ServerStore::updateServer(Server updated)
     const bool isOtherSession = hasSSHSettingsChanged(m_servers.at(index), updated);
     updated.isConnected = updated.isConnected && !isOtherSession;
     m_servers[index] = updated;
-    storeAndTell(index, Saving::Now);
+    storeAndTell(index);
     if (isOtherSession) {
         if (m_delegate) {
             m_delegate->sshSettingsChanged(updated);
@@ -96,7 +96,7 @@ void ServerStore::deleteServer(Server server)
     if (wasSelected) {
         m_selectedServer.reset();
     }
-    saveServers(Saving::Now);
+    saveServers();
     for (const qsizetype index : std::as_const(indexes)) {
         Q_EMIT serverRemoved(index);
     }
@@ -170,25 +170,23 @@ void ServerStore::loadServers()
     }
 }
 
-void ServerStore::saveServers(Saving saving)
+void ServerStore::saveServers()
 {
-    const auto encoded = [servers = m_servers] { return toJson(servers); };
-    if (m_storedListIsDamaged && !encoded().isEmpty()) { // without a new list what is stored stays
-        m_storedListIsDamaged = false;
+    const QByteArray json = toJson(m_servers);
+    if (json.isEmpty()) {
+        return; // what is stored stays
+    }
+    if (std::exchange(m_storedListIsDamaged, false)) {
         m_defaults.keepDamagedCopy(kServersKey);
     }
-    if (saving == Saving::Soon) {
-        m_defaults.setDataSoon(kServersKey, encoded);
-    } else if (const QByteArray json = encoded(); !json.isEmpty()) {
-        m_defaults.setData(kServersKey, json);
-    }
+    m_defaults.setData(kServersKey, json);
 }
 
 void ServerStore::append(const QList<Server> &servers)
 {
     const qsizetype first = m_servers.size();
     m_servers += servers;
-    saveServers(Saving::Now);
+    saveServers();
     if (!servers.isEmpty()) {
         Q_EMIT serversAdded(first, servers.size());
     }
@@ -200,18 +198,18 @@ void ServerStore::change(const QUuid &id, Change apply)
     const qsizetype index = indexOf(id);
     if (index >= 0) {
         apply(m_servers[index]);
-        storeAndTell(index, Saving::Soon);
+        storeAndTell(index);
     }
 }
 
 // Stores and tells that the record at `index` has changed.
-void ServerStore::storeAndTell(qsizetype index, Saving saving)
+void ServerStore::storeAndTell(qsizetype index)
 {
     const bool isSelected = m_selectedServer && m_selectedServer->id == m_servers[index].id;
     if (isSelected) {
         m_selectedServer = m_servers[index];
     }
-    saveServers(saving);
+    saveServers();
     Q_EMIT serverUpdated(index);
     if (isSelected) {
         Q_EMIT selectedServerChanged();

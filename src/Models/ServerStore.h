@@ -23,9 +23,8 @@ public:
 };
 
 /// The list of managed servers, in the operator's order of adding, and which of them is selected. It is the one
-/// writer of the stored list; each change is stored at once, and then told. What the operator did is in the file when
-/// it is told; what was learnt of a server follows within a moment, off the main thread, and at the latest with the
-/// end of the defaults. No secret passes through here. Lives on the main thread.
+/// writer of the stored list; each change is stored at once, and then told. No secret passes through here. Lives on
+/// the main thread.
 class ServerStore : public QObject
 {
     Q_OBJECT
@@ -95,13 +94,11 @@ Q_SIGNALS:
 
 private:
     void loadServers();
-    enum class Saving { Now, Soon };
-
-    void saveServers(Saving saving);
+    void saveServers();
     void append(const QList<Server> &servers);
     template<class Change>
     void change(const QUuid &id, Change apply);
-    void storeAndTell(qsizetype index, Saving saving);
+    void storeAndTell(qsizetype index);
 
     UserDefaults &m_defaults;
     const Clock &m_clock;

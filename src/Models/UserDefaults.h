@@ -3,13 +3,10 @@
 #include "Models/DefaultsText.h"
 
 #include <QByteArray>
-#include <QHash>
 #include <QObject>
 #include <QSet>
 #include <QString>
 #include <QStringList>
-#include <functional>
-#include <future>
 #include <optional>
 #include <sys/types.h>
 
@@ -21,8 +18,7 @@
 /// Each change is written at once: to a new file that is flushed and then takes the old one's place, so that a crash
 /// or a full disk leaves the old file whole. A failed write keeps the value in memory, and the next change writes
 /// both. What another program wrote into the file in between stays, except for the keys that are being written. Lives
-/// on the main thread; only what setDataSoon() is given is made and written on another one, and nothing else is
-/// written meanwhile.
+/// on the main thread.
 class UserDefaults : public QObject
 {
     Q_OBJECT
@@ -32,9 +28,6 @@ public:
     /// and 0600. A file that is no JSON object is set aside as "defaults.json.damaged" (then "-2" and so on). One
     /// that cannot be read is not written over as long as this object lives: each change fails.
     explicit UserDefaults(const QString &directory, QObject *parent = nullptr);
-
-    /// Writes what is still to be written.
-    ~UserDefaults() override;
 
     /// Where an operator's settings are kept: "tarnwell" in the XDG configuration directory.
     static QString defaultDirectory();
@@ -64,14 +57,6 @@ public:
 
     bool setData(const QString &key, const QByteArray &value) { return set(key, value); }
 
-    /// Sets bytes that take long to make and to write: `make` is called on another thread, at once or when the write
-    /// before is done, unless a newer value for `key` came first; so it must own all that it reads. When it gives
-    /// nothing, the value stays as it is. Until the file has the new value, data() gives the old one.
-    void setDataSoon(const QString &key, const std::function<QByteArray()> &make);
-
-    /// Waits until the file has all that was set. False when it could not be written.
-    bool flush();
-
     /// Forgets `key`. True when the file agrees, also when there was nothing to forget.
     bool remove(const QString &key);
 
@@ -98,22 +83,6 @@ private:
         bool operator==(const FileState &) const = default;
     };
 
-    using Makers = QHash<QString, std::function<QByteArray()>>;
-
-    struct Content {
-        QList<DefaultsEntry> entries;
-        QSet<QString> unsaved; // keys that were set or removed since the file was last written
-        FileState state;       // of the file that the entries were last read from or written to
-    };
-
-    // What came of reading or writing the file.
-    struct Outcome {
-        Content content;
-        bool isDone = false;
-        QString failure; // in a sentence, if it is not done
-        QString news;    // in a sentence, if there is any
-    };
-
     template<class T>
     std::optional<T> value(const QString &key) const
     {
@@ -122,27 +91,20 @@ private:
         return held ? std::optional<T>(*held) : std::nullopt;
     }
 
-    static FileState fileState(const QString &path);
-    static void put(QList<DefaultsEntry> &entries, const QString &key, DefaultsValue value);
-    static void putUnsaved(QList<DefaultsEntry> &entries, const Content &content);
-    static Outcome refreshed(const QString &path, Content content);
-    static Outcome written(const QString &directory, Content content);
-    static Outcome writtenWith(const Makers &makers, const QString &directory, Content content);
-
+    QString path() const;
+    FileState fileState() const;
     const DefaultsEntry *find(const QString &key) const;
     bool set(const QString &key, DefaultsValue value);
+    bool refresh();
     bool save();
-    void startWriting();
-    void join();
-    void writingEnded();
-    bool adopt(Outcome outcome);
     void tell(const QString &sentence);
     void tellFailure(const QString &sentence);
+    static void put(QList<DefaultsEntry> &entries, const QString &key, DefaultsValue value);
 
     QString m_directory;
-    Content m_content;
-    Makers m_makers;                // of values that are not made yet
-    std::future<Outcome> m_writing; // of the write on the other thread, if there is one
+    QList<DefaultsEntry> m_entries;
+    QSet<QString> m_unsaved; // keys that were set or removed since the file was last written
+    FileState m_state;       // of the file that m_entries was last read from or written to
     QString m_notice;
     QString m_failure; // why the file could not be written the last time; told only when it changes
     const bool

@@ -3,11 +3,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 #include <csignal>
 #include <fcntl.h>
 #include <limits>
@@ -111,8 +109,6 @@ private Q_SLOTS:
     void aLinkedFileStaysALink();
     void aVanishedFileIsWrittenAgain();
     void damagedValuesAreKept();
-    void whatTakesLongIsWrittenElsewhere();
-    void whatTakesLongMayFail();
 
 private:
     QString path() const { return m_directory->filePath(u"defaults.json"_s); }
@@ -448,68 +444,6 @@ void TestUserDefaults::damagedValuesAreKept()
     QCOMPARE(defaults.data(u"list.damaged"_s), QByteArray("one"));
     QCOMPARE(defaults.data(u"list.damaged-2"_s), QByteArray("two"));
     QCOMPARE(defaults.text(u"list.damaged-3"_s), u"a text"_s);
-}
-
-void TestUserDefaults::whatTakesLongIsWrittenElsewhere()
-{
-    const auto read = [this](const QString &key) {
-        return UserDefaults(m_directory->path()).data(key).value_or("-");
-    };
-    UserDefaults defaults(m_directory->path());
-    QSemaphore mayGoOn;
-    QThread *maker = nullptr;
-    defaults.setDataSoon(u"slow"_s, [&] {
-        maker = QThread::currentThread();
-        mayGoOn.acquire();
-        return QByteArray("1");
-    });
-    int made = 0;
-    for (const char *value : {"2", "3", "4"}) { // of those that wait only the newest counts
-        defaults.setDataSoon(u"slow"_s, [&made, value] {
-            ++made;
-            return QByteArray(value);
-        });
-    }
-    defaults.setDataSoon(u"other"_s, [] { return QByteArray("x"); });
-    mayGoOn.release();
-    QTRY_COMPARE(read(u"slow"_s), QByteArray("4"));
-    QTRY_COMPARE(read(u"other"_s), QByteArray("x"));
-    QCOMPARE(made, 1);
-    QVERIFY(maker && maker != QThread::currentThread());
-
-    // What is set meanwhile comes behind it, and replaces what is not made yet.
-    defaults.setDataSoon(u"slow"_s, [] { return QByteArray("5"); });
-    defaults.setDataSoon(u"slow"_s, [] { return QByteArray("6"); });
-    QVERIFY(defaults.setData(u"slow"_s, "7"));
-    QCOMPARE(read(u"slow"_s), QByteArray("7"));
-    defaults.setDataSoon(u"slow"_s, [] { return QByteArray(); }); // gives nothing
-    defaults.setDataSoon(u"other"_s, [] { return QByteArray("y"); });
-    QVERIFY(defaults.flush());
-    QCOMPARE(read(u"slow"_s), QByteArray("7"));
-    QCOMPARE(read(u"other"_s), QByteArray("y"));
-    {
-        UserDefaults another(m_directory->path());
-        another.setDataSoon(u"last"_s, [] { return QByteArray("z"); });
-        another.setDataSoon(u"last"_s, [] { return QByteArray("zz"); });
-    }
-    QCOMPARE(read(u"last"_s), QByteArray("zz"));
-    QVERIFY(defaults.setData(u"slow"_s, "8"));
-    QCOMPARE(read(u"last"_s), QByteArray("zz")); // another program's, as ever
-}
-
-void TestUserDefaults::whatTakesLongMayFail()
-{
-    const QString blocked = m_directory->filePath(u"a"_s);
-    UserDefaults defaults(blocked);
-    QFile inTheWay(blocked); // a file where the directory should be
-    QVERIFY(inTheWay.open(QFile::WriteOnly));
-    defaults.setDataSoon(u"key"_s, [] { return QByteArray("1"); });
-    QVERIFY(!defaults.flush());
-    QVERIFY(defaults.notice().contains(u"cannot be saved"_s));
-    QCOMPARE(defaults.data(u"key"_s), QByteArray("1"));
-    QVERIFY(inTheWay.remove());
-    QVERIFY(defaults.flush());
-    QCOMPARE(UserDefaults(blocked).data(u"key"_s), QByteArray("1"));
 }
 
 QTEST_GUILESS_MAIN(TestUserDefaults)

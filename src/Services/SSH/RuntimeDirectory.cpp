@@ -55,7 +55,7 @@ int openPrivateDirectory(const QString &path, QString &reason)
         struct stat entry;
         const bool isLink = lstat(name.constData(), &entry) == 0 && S_ISLNK(entry.st_mode);
         const QString why =
-            cause == ENOTDIR ? u"is not a directory"_s : u"cannot be opened: "_s + qt_error_string(cause);
+            cause == ENOTDIR ? tr("is not a directory") : tr("cannot be opened: %1").arg(qt_error_string(cause));
         reason = isLink ? tr("is a symbolic link") : why;
         return -1;
     }
