@@ -378,7 +378,8 @@ void TestProcessesViewModel::anotherHostBehindTheQuestion()
     ask(u"71"_s);
     confirm(u"71"_s); // while its start is looked up
     ask(u"70"_s);
-    m_fixture->store.updateServer(elsewhere); // still connected
+    m_fixture->store.updateServer(elsewhere);
+    m_fixture->setConnected(true); // before the old host's answer
     QVERIFY(!m_model->showingKillAlert() && m_model->killingProcessPids().isEmpty());
     QVERIFY(m_model->processes().isEmpty());
     m_fixture->scripted.release();
