@@ -5,6 +5,7 @@
 #include "Views/Theme/Theme.h"
 
 #include <QAbstractButton>
+#include <QAbstractScrollArea>
 #include <QPainter>
 #include <QPainterPath>
 #include <QStyleFactory>
@@ -420,6 +421,11 @@ void TarnwellStyle::drawScrollBar(const QStyleOptionSlider &option, QPainter &pa
         return;
     }
     const Tokens &t = m_theme.tokens();
+    const QWidget *const container = widget ? widget->parentWidget() : nullptr;
+    const auto *area = qobject_cast<const QAbstractScrollArea *>(container ? container->parentWidget() : nullptr);
+    if (area && area->viewport()->autoFillBackground()) { // the bar goes on with the ground of what it scrolls
+        painter.fillRect(option.rect, t.surface);
+    }
     const bool isActive = (option.state & State_MouseOver) || (option.activeSubControls & SC_ScrollBarSlider);
     QRectF slider(subControlRect(CC_ScrollBar, &option, SC_ScrollBarSlider, widget));
     const qreal margin = (kScrollBarExtent - kScrollBarThickness) / 2.0;

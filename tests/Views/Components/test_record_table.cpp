@@ -64,6 +64,7 @@ private Q_SLOTS:
     void buttonPressedOnAnotherRow();
     void selectsFromOutside();
     void widthsStay();
+    void oneGroundToTheEdge();
     void marksAndNames();
     void modelGoesFirst();
 
@@ -352,6 +353,16 @@ void TestRecordTable::selectsFromOutside()
     // A table that is made later shows what is selected already.
     const RecordTable other(m_theme, *m_model);
     QCOMPARE(other.currentIndex().row(), 90);
+}
+
+void TestRecordTable::oneGroundToTheEdge()
+{
+    QVERIFY(m_table->verticalScrollBar()->isVisible());
+    for (const bool isDark : {true, false}) {
+        m_theme.setDark(isDark);
+        const QImage picture = m_table->grab().toImage();
+        QCOMPARE(picture.pixelColor(picture.width() - 1, picture.height() / 2), m_theme.tokens().surface);
+    }
 }
 
 void TestRecordTable::widthsStay()
