@@ -4,16 +4,13 @@
 // A window with a command on a pseudo terminal in it. Ends with the command's status, or 128 and the number of the
 // signal that ended it. --picture writes what is on show then.
 
-#include "TerminalEmulator/PseudoTerminal.h"
+#include "TerminalEmulator/View/LocalProcess.h"
 #include "TerminalEmulator/View/TerminalWidget.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDesktopServices>
-#include <QElapsedTimer>
 #include <QFontDatabase>
-#include <QSocketNotifier>
-#include <QTimer>
 
 #include <cstdio>
 #include <cstring>
@@ -22,83 +19,48 @@
 namespace
 {
 
-/// Stands between the widget and the pseudo terminal.
-class Host : public QObject, public vt::TerminalDelegate
+/// Stands between the widget and the command.
+class Host : public QObject, public vt::TerminalDelegate, public vt::LocalProcessDelegate
 {
 public:
-    Host(vt::PseudoTerminal &pty, vt::TerminalWidget &view, bool clipboard)
-        : m_pty(pty)
-        , m_view(view)
-        , m_reading(pty.readable(), QSocketNotifier::Read)
-        , m_writing(pty.master(), QSocketNotifier::Write)
+    Host(vt::TerminalWidget &view, bool clipboard)
+        : m_view(view)
         , m_clipboard(clipboard)
+        , m_process(*this)
     {
-        m_buffer.resize(1 << 16);
-        m_writing.setEnabled(false);
-        connect(&m_reading, &QSocketNotifier::activated, this, &Host::read);
-        connect(&m_writing, &QSocketNotifier::activated, this, &Host::write);
         connect(&view, &vt::TerminalWidget::linkActivated, this,
                 [](const QUrl &url) { QDesktopServices::openUrl(url); });
         connect(&view, &vt::TerminalWidget::titleChanged, &view, &QWidget::setWindowTitle);
-        connect(&m_patience, &QTimer::timeout, this, &Host::reap);
-        m_patience.start(100);
         view.setDelegate(this);
     }
 
-    void terminalSends(const QByteArray &bytes) override
+    int start(const QStringList &command)
     {
-        m_pty.write({bytes.data(), static_cast<size_t>(bytes.size())});
-        m_writing.setEnabled(m_pty.hasPending());
+        return m_process.startProcess(command.constFirst(), command.sliced(1), {}, {m_view.columns(), m_view.rows()});
     }
+
+    void terminalSends(const QByteArray &bytes) override { m_process.send(bytes); }
 
     void terminalResized(int columns, int rows, QSize pixels) override
     {
-        m_pty.setSize(columns, rows, pixels.width(), pixels.height());
+        m_process.setWindowSize(columns, rows, pixels);
     }
 
     bool terminalMayWriteClipboard(const QString &) override { return m_clipboard; }
 
+    bool wantsOutput() const override { return m_view.wantsOutput(); }
+
+    void dataReceived(QByteArrayView data) override { m_view.feed(data); }
+
+    void processTerminated(int status) override
+    {
+        QCoreApplication::exit(WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status));
+    }
+
 private:
-    /// Reads while the view keeps up; the notifier calls again as long as something is there.
-    void read()
-    {
-        while (m_view.wantsOutput()) {
-            const ssize_t count = m_pty.read(m_buffer.data(), static_cast<size_t>(m_buffer.size()));
-            if (count < 0) {
-                return;
-            }
-            if (count == 0) {
-                m_reading.setEnabled(false);
-                m_ended = true;
-                reap();
-                return;
-            }
-            m_view.feed(QByteArrayView(m_buffer.constData(), count));
-        }
-    }
-
-    void write() { m_writing.setEnabled(!m_pty.flush()); }
-
-    void reap()
-    {
-        int status = 0;
-        if (m_pty.hasExited(status)) {
-            m_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        }
-        if (m_status >= 0 && m_ended) {
-            QCoreApplication::exit(m_status);
-        }
-    }
-
-    vt::PseudoTerminal &m_pty;
     vt::TerminalWidget &m_view;
-    QSocketNotifier m_reading;
-    QSocketNotifier m_writing;
-    QTimer m_patience;
-    QByteArray m_buffer;
     bool m_clipboard;
-    bool m_ended = false;
-    int m_status = -1;
+    vt::LocalProcess m_process;
 };
 
 } // namespace
@@ -129,9 +91,6 @@ int main(int argc, char **argv)
     if (command.isEmpty() || std::sscanf(qPrintable(parser.value(size)), "%dx%d", &columns, &rows) != 2) {
         parser.showHelp(2);
     }
-    qputenv("TERM", "xterm-256color");
-    qunsetenv("COLUMNS");
-    qunsetenv("LINES");
 
     vt::TerminalWidget view;
     QFont face(parser.value(font));
@@ -144,20 +103,11 @@ int main(int argc, char **argv)
     view.resizeGrid(columns, rows);
     view.resize(view.sizeHint());
 
-    vt::PseudoTerminal::Command start;
-    start.program = command.constFirst().toStdString();
-    for (const QString &each : command.sliced(1)) {
-        start.arguments.push_back(each.toStdString());
-    }
-    vt::PseudoTerminal pty;
-    int error = pty.open(view.columns(), view.rows());
-    error = error != 0 ? error : pty.spawn(start);
-    if (error != 0) {
-        std::fprintf(stderr, "vt-window: %s: %s\n", start.program.c_str(), std::strerror(error));
+    Host host(view, parser.isSet(clipboard));
+    if (const int error = host.start(command); error != 0) {
+        std::fprintf(stderr, "vt-window: %s: %s\n", qPrintable(command.constFirst()), std::strerror(error));
         return 127;
     }
-    pty.readAhead();
-    Host host(pty, view, parser.isSet(clipboard));
     view.show();
     view.setFocus();
     const int status = QApplication::exec();
