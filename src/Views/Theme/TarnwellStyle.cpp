@@ -423,7 +423,9 @@ void TarnwellStyle::drawScrollBar(const QStyleOptionSlider &option, QPainter &pa
     const Tokens &t = m_theme.tokens();
     const QWidget *const container = widget ? widget->parentWidget() : nullptr;
     const auto *area = qobject_cast<const QAbstractScrollArea *>(container ? container->parentWidget() : nullptr);
-    if (area && area->viewport()->autoFillBackground()) { // the bar goes on with the ground of what it scrolls
+    const QWidget *const viewport = area ? area->viewport() : nullptr;
+    if (viewport && viewport->autoFillBackground() && viewport->backgroundRole() == QPalette::Base) {
+        // The bar goes on with the ground of the list that it scrolls.
         painter.fillRect(option.rect, t.surface);
     }
     const bool isActive = (option.state & State_MouseOver) || (option.activeSubControls & SC_ScrollBarSlider);
