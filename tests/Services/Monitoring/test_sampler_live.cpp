@@ -18,7 +18,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// Keeps what it was asked for: of each sample the times of the network's and of the disks' reading, and its end.
+// Keeps what it was asked for: of each sample its beginning, the times of the network's and of the disks' reading,
+// and its end.
 class NotingClock final : public Clock
 {
 public:
@@ -31,16 +32,18 @@ public:
     // Seconds between the readings of the last two samples.
     double betweenReadings(qsizetype reading) const
     {
-        const qsizetype second = m_told.size() - 3 + reading;
-        return static_cast<double>(m_told.at(second - 3).msecsTo(m_told.at(second))) / 1000;
+        const qsizetype second = m_told.size() - kTimes + reading;
+        return static_cast<double>(m_told.at(second - kTimes).msecsTo(m_told.at(second))) / 1000;
     }
 
 private:
+    static constexpr qsizetype kTimes = 4; // of one sample
+
     mutable QList<QDateTime> m_told;
 };
 
-constexpr qsizetype kNetwork = 0;
-constexpr qsizetype kDisk = 1;
+constexpr qsizetype kNetwork = 1;
+constexpr qsizetype kDisk = 2;
 
 // A server of its own store, sampled through the program's transport.
 class Sampled
