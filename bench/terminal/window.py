@@ -6,6 +6,7 @@ once, in turn; the medians are compared, kind by kind. Needs a display: run it u
 the window."""
 import os
 import shutil
+import signal
 import statistics
 import subprocess
 import sys
@@ -40,13 +41,15 @@ def terminals(folder):
 
 def rate(command, payload, folder):
     told = os.path.join(folder, "told")
-    child = subprocess.Popen(command + ["bash", "-c", SCRIPT, "sh", payload, told], stderr=subprocess.DEVNULL)
+    # In a session of its own, which is ended as a whole: a terminal may bring a message bus along.
+    child = subprocess.Popen(command + ["bash", "-c", SCRIPT, "sh", payload, told], stderr=subprocess.DEVNULL,
+                             start_new_session=True)
     deadline = time.monotonic() + 300
     while not os.path.exists(told) and time.monotonic() < deadline:
         time.sleep(0.05)
     begin, end = map(float, open(told).read().split())
     os.remove(told)
-    child.terminate()
+    os.killpg(child.pid, signal.SIGTERM)
     child.wait()
     return os.path.getsize(payload) / 1e6 / (end - begin)
 
