@@ -139,11 +139,22 @@ int ServerListModel::rowCount(const QModelIndex &parent) const
     return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
 }
 
-ServerListModel::State ServerListModel::stateOf(const Server &server) const
+ServerListModel::State ServerListModel::stateOf(const Server &server, bool isConnecting)
 {
-    return server.isConnected                 ? State::Connected
-           : m_connecting.contains(server.id) ? State::Connecting
-                                              : State::NotConnected;
+    return server.isConnected ? State::Connected : isConnecting ? State::Connecting : State::NotConnected;
+}
+
+QString ServerListModel::stateText(State state)
+{
+    switch (state) {
+    case State::Connected:
+        return tr("Connected");
+    case State::Connecting:
+        return tr("Connecting");
+    case State::NotConnected:
+        break;
+    }
+    return tr("Not connected");
 }
 
 const Server *ServerListModel::serverAt(int row) const
@@ -165,13 +176,11 @@ QVariant ServerListModel::data(const QModelIndex &index, int role) const
     case Qt::ToolTipRole:
         return PlainText::toolTip(
             (QStringList{PlainText::oneLine(server.name), address(server)} + labels(server)).join(u'\n'));
-    case Qt::AccessibleTextRole: {
-        const State state = stateOf(server);
-        const QString word = state == State::Connected    ? tr("Connected")
-                             : state == State::Connecting ? tr("Connecting")
-                                                          : tr("Not connected");
-        return (QStringList{PlainText::oneLine(server.name), address(server), word} + labels(server)).join(u", "_s);
-    }
+    case Qt::AccessibleTextRole:
+        return (QStringList{PlainText::oneLine(server.name), address(server),
+                            stateText(stateOf(server, m_connecting.contains(server.id)))} +
+                labels(server))
+            .join(u", "_s);
     case AddressRole:
         return address(server);
     case IdRole:
@@ -181,7 +190,7 @@ QVariant ServerListModel::data(const QModelIndex &index, int role) const
     case HasLabelsRole:
         return !server.labels.isEmpty();
     case StateRole:
-        return QVariant::fromValue(stateOf(server));
+        return QVariant::fromValue(stateOf(server, m_connecting.contains(server.id)));
     default:
         return {};
     }

@@ -26,13 +26,17 @@ public:
     enum class State { NotConnected, Connecting, Connected };
     Q_ENUM(State)
 
+    /// One that counts as connected stays so while it is connected to once more.
+    static State stateOf(const Server &server, bool isConnecting);
+    static QString stateText(State state);
+
     /// `store` outlives the model.
     explicit ServerListModel(ServerStore &store, QObject *parent = nullptr);
 
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
 
-    /// A connection is being made to this server, or is no more. One that counts as connected stays so meanwhile.
+    /// A connection is being made to this server, or is no more.
     void setConnecting(const QUuid &id, bool isConnecting);
 
     /// Not valid for a server that is not there, or that the search leaves out.
@@ -45,7 +49,6 @@ public:
 
 private:
     const Server *serverAt(int row) const;
-    State stateOf(const Server &server) const;
     QList<int> filteredServers();
     QList<int> filteredAmongShown();
     qsizetype positionOf(qsizetype storeRow) const;

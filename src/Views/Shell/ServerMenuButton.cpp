@@ -5,8 +5,8 @@
 #include "Views/Components/PlainText.h"
 #include "Views/Shell/ContentViewModel.h"
 #include "Views/Shell/ServerBrowser.h"
-#include "Views/Shell/ServerListModel.h"
 #include "Views/Shell/ServerPopup.h"
+#include "Views/Shell/ServerRowDelegate.h"
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/Theme.h"
 
@@ -50,25 +50,16 @@ QString ServerMenuButton::name() const
 void ServerMenuButton::update()
 {
     const auto &server = m_store.selectedServer();
-    setAccessibleName(server ? tr("Server: %1, %2").arg(name(), stateText(*server)) : name());
+    setAccessibleName(server ? tr("Server: %1, %2").arg(name(), ServerListModel::stateText(stateOf(*server)))
+                             : name());
     PlainText::setToolTip(*this, name());
     updateGeometry();
     QPushButton::update();
 }
 
-QString ServerMenuButton::stateText(const Server &server) const
+ServerListModel::State ServerMenuButton::stateOf(const Server &server) const
 {
-    return server.isConnected                ? tr("Connected")
-           : m_model.isConnecting(server.id) ? tr("Connecting")
-                                             : tr("Not connected");
-}
-
-QColor ServerMenuButton::dotColor(const Server &server) const
-{
-    const Tokens &t = m_theme.tokens();
-    QColor faint = t.faint;
-    faint.setAlphaF(0.45F);
-    return server.isConnected ? t.green.color : m_model.isConnecting(server.id) ? t.orange.color : faint;
+    return ServerListModel::stateOf(server, m_model.isConnecting(server.id));
 }
 
 void ServerMenuButton::followConnecting(const QUuid &server)
@@ -137,7 +128,7 @@ void ServerMenuButton::paintEvent(QPaintEvent *)
     const auto &server = m_store.selectedServer();
     if (server) {
         StateDot::paint(painter, {inside.left() + StateDot::kDiameter / 2.0, inside.center().y() + 0.5},
-                        dotColor(*server));
+                        ServerRowDelegate::dotColor(m_theme, stateOf(*server)));
         inside.adjust(StateDot::kDiameter + kGap, 0, 0, 0);
     }
     painter.drawPixmap(inside.right() + 1 - kChevron, inside.center().y() + 1 - kChevron / 2,

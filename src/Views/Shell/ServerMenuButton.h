@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Views/Shell/ServerListModel.h"
+
 #include <QPointer>
 #include <QPushButton>
 
@@ -34,8 +36,7 @@ protected:
 private:
     void update();
     QString name() const;
-    QString stateText(const Server &server) const;
-    QColor dotColor(const Server &server) const;
+    ServerListModel::State stateOf(const Server &server) const;
     void followConnecting(const QUuid &server);
 
     const Theme &m_theme;

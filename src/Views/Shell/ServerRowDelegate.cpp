@@ -44,17 +44,17 @@ QSize ServerRowDelegate::sizeHint(const QStyleOptionViewItem &, const QModelInde
     return {120, kOuter.top() + kInner.top() + words + labels + kInner.bottom() + kOuter.bottom()};
 }
 
-QColor ServerRowDelegate::dotColor(const QModelIndex &index) const
+QColor ServerRowDelegate::dotColor(const Theme &theme, ServerListModel::State state)
 {
-    switch (index.data(ServerListModel::StateRole).value<ServerListModel::State>()) {
+    switch (state) {
     case ServerListModel::State::Connected:
-        return m_theme.tokens().green.color;
+        return theme.tokens().green.color;
     case ServerListModel::State::Connecting:
-        return m_theme.tokens().orange.color;
+        return theme.tokens().orange.color;
     case ServerListModel::State::NotConnected:
         break;
     }
-    QColor color = m_theme.tokens().faint;
+    QColor color = theme.tokens().faint;
     color.setAlphaF(0.45F);
     return color;
 }
@@ -102,7 +102,8 @@ void ServerRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
         LineText(text, font).paint(*painter, rect);
     };
     QRect line(inside.left(), inside.top(), inside.width(), m_nameHeight);
-    StateDot::paint(*painter, {line.left() + StateDot::kDiameter / 2.0, line.center().y() + 0.5}, dotColor(index));
+    StateDot::paint(*painter, {line.left() + StateDot::kDiameter / 2.0, line.center().y() + 0.5},
+                    dotColor(m_theme, index.data(ServerListModel::StateRole).value<ServerListModel::State>()));
     drawLine(line.adjusted(StateDot::kDiameter + kDotGap, 0, 0, 0), m_nameFont, m_theme.tokens().text,
              index.data(Qt::DisplayRole).toString());
     line = QRect(inside.left(), line.bottom() + 1 + kAddressGap, inside.width(), m_addressHeight);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Views/Shell/ServerListModel.h"
 #include "Views/Theme/Theme.h"
 
 #include <QStyledItemDelegate>
@@ -20,10 +21,12 @@ public:
     /// The row that a menu is open for is painted like one that is pointed at.
     void setMarked(const QModelIndex &index) { m_marked = index; }
 
+    /// Of the dot that shows a server's state.
+    static QColor dotColor(const Theme &theme, ServerListModel::State state);
+
 private:
     void paintGround(QPainter &painter, const QStyleOptionViewItem &option, const QRect &ground, bool isMarked) const;
     void paintLabels(QPainter &painter, const QRect &line, const QStringList &labels) const;
-    QColor dotColor(const QModelIndex &index) const;
 
     const Theme &m_theme;
     QPersistentModelIndex m_marked;
