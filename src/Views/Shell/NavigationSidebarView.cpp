@@ -3,6 +3,7 @@
 #include "Views/Shell/ContentViewModel.h"
 #include "Views/Shell/HistoryButtons.h"
 #include "Views/Shell/Sections.h"
+#include "Views/Shell/SidebarList.h"
 #include "Views/Theme/LineText.h"
 #include "Views/Theme/TarnwellStyle.h"
 #include "Views/Theme/Theme.h"
@@ -143,18 +144,11 @@ NavigationSidebarView::NavigationSidebarView(const Theme &theme, ContentViewMode
     : Panel(theme, &Tokens::window, {}, parent)
     , m_model(model)
     , m_historyButtons(new HistoryButtons(theme, model, this))
-    , m_list(new QListView(this))
+    , m_list(new SidebarList(tr("Sections"), this))
 {
     m_list->setModel(new SectionListModel(model, m_list));
     m_list->setItemDelegate(new SectionRowDelegate(theme, m_list));
-    m_list->setAccessibleName(tr("Sections"));
-    m_list->setFrameShape(QFrame::NoFrame);
     m_list->setUniformItemSizes(true);
-    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    m_list->setMouseTracking(true);
-    m_list->viewport()->setAutoFillBackground(false);
-    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
 
     auto *steps = new QHBoxLayout;
     steps->setContentsMargins(14, 0, 14, 0);

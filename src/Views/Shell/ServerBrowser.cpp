@@ -6,9 +6,9 @@
 #include "Views/Shell/ListMessage.h"
 #include "Views/Shell/ServerListModel.h"
 #include "Views/Shell/ServerRowDelegate.h"
+#include "Views/Shell/SidebarList.h"
 
 #include <QKeyEvent>
-#include <QListView>
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QVBoxLayout>
@@ -28,14 +28,17 @@ ServerBrowser::ServerBrowser(const Theme &theme, ServerStore &store, QWidget *pa
     , m_model(new ServerListModel(store, this))
     , m_search(new SearchField(theme, tr("Search servers, labels (key:value)..."), this))
     , m_bar(new QHBoxLayout)
-    , m_list(new QListView(this))
+    , m_list(new SidebarList(tr("Servers"), this))
     , m_delegate(new ServerRowDelegate(theme, m_list))
     , m_message(new ListMessage(theme, this))
     , m_pages(new QStackedLayout)
 {
     m_search->setToolTip(tr("Search servers, labels (key:value)..."));
     m_search->installEventFilter(this);
-    makeList();
+    m_list->setModel(m_model);
+    m_list->setItemDelegate(m_delegate);
+    connect(m_list, &QListView::clicked, this, &ServerBrowser::chosen);
+    connect(m_list, &QListView::activated, this, &ServerBrowser::chosen);
 
     m_bar->setContentsMargins(kMargin, kMargin, kMargin, 8);
     m_bar->setSpacing(8);
@@ -58,21 +61,6 @@ ServerBrowser::ServerBrowser(const Theme &theme, ServerStore &store, QWidget *pa
     connect(&store, &ServerStore::serverUpdated, this, &ServerBrowser::showState);
     connect(&store, &ServerStore::serverRemoved, this, &ServerBrowser::showState);
     showState();
-}
-
-void ServerBrowser::makeList()
-{
-    m_list->setModel(m_model);
-    m_list->setItemDelegate(m_delegate);
-    m_list->setAccessibleName(tr("Servers"));
-    m_list->setFrameShape(QFrame::NoFrame);
-    m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_list->setMouseTracking(true);
-    m_list->viewport()->setAutoFillBackground(false);
-    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    connect(m_list, &QListView::clicked, this, &ServerBrowser::chosen);
-    connect(m_list, &QListView::activated, this, &ServerBrowser::chosen);
 }
 
 void ServerBrowser::addBesideSearch(QWidget *widget)

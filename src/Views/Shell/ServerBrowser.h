@@ -44,7 +44,6 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    void makeList();
     void takeFirst(int key);
     void showState();
 
