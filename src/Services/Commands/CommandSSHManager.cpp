@@ -109,7 +109,7 @@ QCoro::Task<ConnectionOutcome> CommandSSHManager::attemptConnection(Server to, s
     if (!outcome.succeeded) {
         setConnectionError(outcome.error);
     }
-    finishAttempt(server.id);
+    endAttempt(server.id);
     co_return outcome;
 }
 
@@ -158,11 +158,7 @@ void CommandSSHManager::disconnect(const Server &from)
     m_sessionPasswords.remove(server.id);
     m_passwordlessSudoCache.remove(server.id);
     m_serverOverrides.remove(server.id);
-    const bool wasAnyConnecting = isConnecting();
-    if (const auto attempt = m_attempts.take(server.id)) {
-        attempt->end();
-        tellConnecting(server.id, wasAnyConnecting);
-    }
+    endAttempt(server.id);
 }
 
 void CommandSSHManager::invalidateServerCache(const Server &server)
@@ -289,11 +285,13 @@ std::shared_ptr<ChildGroup> CommandSSHManager::beginAttempt(const QUuid &serverI
     return attempt;
 }
 
-void CommandSSHManager::finishAttempt(const QUuid &serverId)
+void CommandSSHManager::endAttempt(const QUuid &serverId)
 {
     const bool wasAnyConnecting = isConnecting();
-    m_attempts.remove(serverId);
-    tellConnecting(serverId, wasAnyConnecting);
+    if (const std::shared_ptr<ChildGroup> attempt = m_attempts.take(serverId)) {
+        attempt->end();
+        tellConnecting(serverId, wasAnyConnecting);
+    }
 }
 
 void CommandSSHManager::tellConnecting(const QUuid &serverId, bool wasAnyConnecting)

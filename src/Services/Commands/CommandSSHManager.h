@@ -117,7 +117,7 @@ Q_SIGNALS:
 
 private:
     std::shared_ptr<ChildGroup> beginAttempt(const QUuid &serverId);
-    void finishAttempt(const QUuid &serverId);
+    void endAttempt(const QUuid &serverId);
     void tellConnecting(const QUuid &serverId, bool wasAnyConnecting);
     void setConnectionError(std::optional<QString> error);
     void forgetTriedSecret(const Server &server);
