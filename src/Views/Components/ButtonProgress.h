@@ -1,9 +1,8 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QObject>
-#include <QTimer>
 
+class Motion;
 class QPushButton;
 class Theme;
 
@@ -19,13 +18,12 @@ public:
 
     void setActive(bool isActive);
 
-    bool isActive() const { return m_frames.isActive(); }
+    bool isActive() const;
 
 private:
     void showFrame();
 
     const Theme &m_theme;
     QPushButton &m_button;
-    QTimer m_frames;
-    QElapsedTimer m_clock;
+    Motion *m_motion;
 };

@@ -16,6 +16,7 @@ Motion::Motion(QWidget &widget)
 {
     m_frames.setInterval(kFrameMs);
     connect(&m_frames, &QTimer::timeout, &widget, qOverload<>(&QWidget::update));
+    connect(&m_frames, &QTimer::timeout, this, &Motion::frame);
     widget.installEventFilter(this);
 }
 

@@ -26,6 +26,10 @@ public:
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
+Q_SIGNALS:
+    /// The next picture is due.
+    void frame();
+
 private:
     void follow();
 

@@ -1,22 +1,21 @@
 #include "Views/Components/StatePage.h"
 
 #include "Views/Components/Labels.h"
+#include "Views/Components/Motion.h"
+#include "Views/Components/Spinner.h"
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/TarnwellStyle.h"
 
-#include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPushButton>
 #include <QStackedLayout>
-#include <QTimer>
 #include <QVBoxLayout>
 
 namespace
 {
 
 constexpr int kWidth = 440;
-constexpr int kFrameMs = 33;
 constexpr int kTurnMs = 1100;
 constexpr int kPictureSize = 28;
 constexpr int kPictureGround = 56;
@@ -34,6 +33,7 @@ public:
         , m_theme(theme)
         , m_column(new QWidget(this))
         , m_picture(new QWidget(m_column))
+        , m_motion(new Motion(*m_picture))
         , m_title(new TextLabel(theme, TextStyle::Title, {}, TextLabel::Shade::Text, m_column))
         , m_text(new TextLabel(theme, TextStyle::Body, {}, TextLabel::Shade::Dim, m_column))
         , m_explanation(new TextLabel(theme, TextStyle::Detail, {}, TextLabel::Shade::Dim, m_column))
@@ -42,9 +42,6 @@ public:
     {
         m_picture->setFixedSize(kPictureGround, kPictureGround);
         m_picture->installEventFilter(this);
-        m_frames.setInterval(kFrameMs);
-        connect(&m_frames, &QTimer::timeout, m_picture, qOverload<>(&QWidget::update));
-        m_clock.start();
         for (TextLabel *label : {m_title, m_text, m_explanation, m_detail}) {
             label->setWordWrap(true);
             label->setAlignment(Qt::AlignHCenter);
@@ -103,7 +100,7 @@ public:
         m_button->setVisible(!buttonText.isEmpty());
         setAccessibleName(message.title);
         m_picture->update();
-        updateFrames();
+        m_motion->setActive(state == StatePage::State::Loading);
     }
 
     StatePage::Message current() const { return m_current; }
@@ -111,18 +108,6 @@ public:
     QPushButton &button() const { return *m_button; }
 
 protected:
-    void showEvent(QShowEvent *event) override
-    {
-        QWidget::showEvent(event);
-        updateFrames();
-    }
-
-    void hideEvent(QHideEvent *event) override
-    {
-        QWidget::hideEvent(event);
-        m_frames.stop();
-    }
-
     bool eventFilter(QObject *watched, QEvent *event) override
     {
         if (watched != m_picture || event->type() != QEvent::Paint) {
@@ -131,7 +116,8 @@ protected:
         QPainter painter(m_picture);
         painter.setRenderHint(QPainter::Antialiasing);
         if (m_state == StatePage::State::Loading) {
-            paintTurning(painter);
+            Spinner::paint(painter, QRectF(m_picture->rect()).adjusted(12, 12, -12, -12), 3, m_theme.tokens().line,
+                           m_theme.tokens().accent.color, m_motion->phase(kTurnMs));
             return true;
         }
         const bool isError = m_state == StatePage::State::Error;
@@ -151,35 +137,15 @@ private:
         return text.contains(u'\n') ? Qt::AlignLeft : Qt::AlignHCenter;
     }
 
-    void updateFrames()
-    {
-        if (m_state == StatePage::State::Loading && isVisible()) {
-            m_frames.start();
-        } else {
-            m_frames.stop();
-        }
-    }
-
-    void paintTurning(QPainter &painter) const
-    {
-        const QRectF circle = QRectF(m_picture->rect()).adjusted(12, 12, -12, -12);
-        painter.setPen(QPen(m_theme.tokens().line, 3));
-        painter.drawEllipse(circle);
-        painter.setPen(QPen(m_theme.tokens().accent.color, 3, Qt::SolidLine, Qt::RoundCap));
-        const auto turn = static_cast<int>(m_clock.elapsed() % kTurnMs * 360 * 16 / kTurnMs);
-        painter.drawArc(circle, 90 * 16 - turn, -90 * 16);
-    }
-
     const Theme &m_theme;
     QWidget *m_column;
     QWidget *m_picture;
+    Motion *m_motion; // of the picture
     TextLabel *m_title;
     TextLabel *m_text;
     TextLabel *m_explanation;
     TextLabel *m_detail;
     QPushButton *m_button;
-    QTimer m_frames;
-    QElapsedTimer m_clock;
     StatePage::State m_state = StatePage::State::Empty;
     StatePage::Message m_current;
 };

@@ -2,6 +2,7 @@
 
 #include "Views/Components/Pill.h"
 #include "Views/Components/PlainText.h"
+#include "Views/Components/Spinner.h"
 #include "Views/Components/Table/TableModel.h"
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/LineText.h"
@@ -254,10 +255,5 @@ void RecordDelegate::paintSpinner(QPainter &painter, const QPointF &middle) cons
 {
     const Tokens &t = m_theme.tokens();
     const QRectF circle(middle.x() - 6, middle.y() - 6, 12, 12);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(t.line, 2));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawEllipse(circle);
-    painter.setPen(QPen(t.accent.color, 2, Qt::SolidLine, Qt::RoundCap));
-    painter.drawArc(circle, static_cast<int>((90 - m_turn) * 16), -90 * 16);
+    Spinner::paint(painter, circle, 2, t.line, t.accent.color, m_turn / 360);
 }
