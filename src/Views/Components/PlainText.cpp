@@ -12,6 +12,11 @@ QString PlainText::excerpt(const QString &text)
     return line.size() > kLongest ? line.left(kLongest) + u'…' : line;
 }
 
+QString PlainText::withoutMnemonic(const QString &text)
+{
+    return QString(text).replace(u'&', "&&"_L1);
+}
+
 QString PlainText::toolTip(const QString &text)
 {
     return text.isEmpty() ? QString() : u"<qt>"_s + text.toHtmlEscaped().replace(u'\n', "<br>"_L1) + u"</qt>"_s;

@@ -15,6 +15,9 @@ using DisplayText::oneLine;
 /// The beginning of `text` on one line, as long as is fit to be quoted in a sentence.
 QString excerpt(const QString &text);
 
+/// `text` for a control that would take "&" for the mark of a key.
+QString withoutMnemonic(const QString &text);
+
 /// Sets a tooltip that shows `text` as it stands. Qt takes a tooltip that looks like markup for markup.
 void setToolTip(QWidget &widget, const QString &text);
 

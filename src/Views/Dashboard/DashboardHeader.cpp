@@ -105,7 +105,7 @@ void DashboardHeader::update()
     const QString disconnectFrom = tr("Disconnect from %1").arg(server.name);
     const QString shown =
         m_disconnect->fontMetrics().elidedText(PlainText::oneLine(disconnectFrom), Qt::ElideRight, kWidestDisconnect);
-    m_disconnect->setText(QString(shown).replace(u'&', "&&"_L1)); // a button takes "&" for the mark of a key
+    m_disconnect->setText(PlainText::withoutMnemonic(shown));
     m_disconnect->setAccessibleName(disconnectFrom);
     PlainText::setToolTip(*m_disconnect, disconnectFrom);
 }

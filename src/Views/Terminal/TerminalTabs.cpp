@@ -129,7 +129,7 @@ void TerminalTabs::showTab(int index, const QUuid &terminalId)
         text = title.size() > kLongestTitle ? title.left(kLongestTitle) + u'\u2026' : title;
     }
     const bool hasNews = m_terminals.terminalNews(terminalId) != TerminalNews::None;
-    setTabText(index, (hasNews ? u"\u2022 "_s : QString()) + QString(text).replace(u'&', u"&&"_s));
+    setTabText(index, (hasNews ? u"\u2022 "_s : QString()) + PlainText::withoutMnemonic(text));
     setTabToolTip(index, PlainText::toolTip(title));
     setAccessibleTabName(index, hasNews ? tr("%1, with new output").arg(text) : text);
 }

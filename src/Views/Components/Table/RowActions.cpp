@@ -129,8 +129,8 @@ void RowActions::addActions(QMenu &menu, int row)
 {
     const QString error = m_model.errorAt(row);
     if (!error.isEmpty()) {
-        QString words = PlainText::oneLine(error).left(kLongestErrorEntry);
-        menu.addAction(Icons::icon(IconName::Warning, m_theme, &dangerColor), words.replace(u'&', "&&"_L1))
+        const QString words = PlainText::oneLine(error).left(kLongestErrorEntry);
+        menu.addAction(Icons::icon(IconName::Warning, m_theme, &dangerColor), PlainText::withoutMnemonic(words))
             ->setEnabled(false);
         menu.addSeparator();
     }
