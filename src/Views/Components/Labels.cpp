@@ -1,6 +1,7 @@
 #include "Views/Components/Labels.h"
 
 #include "Views/Components/PlainText.h"
+#include "Views/Theme/Shaping.h"
 
 #include <QFocusEvent>
 #include <QPainter>
@@ -14,6 +15,12 @@ TextLabel::TextLabel(const Theme &theme, TextStyle style, const QString &text, S
     setFont(theme.font(style));
     setForegroundRole(shade == Shade::Dim ? QPalette::PlaceholderText : QPalette::WindowText);
     setText(text);
+}
+
+void TextLabel::setText(const QString &text)
+{
+    setFont(Shaping::fit(font(), text));
+    QLabel::setText(text);
 }
 
 void TextLabel::setSelectable()

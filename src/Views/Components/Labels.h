@@ -15,6 +15,8 @@ public:
     TextLabel(const Theme &theme, TextStyle style, const QString &text = {}, Shade shade = Shade::Text,
               QWidget *parent = nullptr);
 
+    void setText(const QString &text);
+
     /// The words can be selected and copied. Tab stops at them, and selects all.
     void setSelectable();
 

@@ -1,5 +1,7 @@
 #include "Views/Components/TabularText.h"
 
+#include "Views/Theme/Shaping.h"
+
 #include <QFontMetrics>
 #include <QGlyphRun>
 #include <QPainter>
@@ -46,9 +48,9 @@ void TabularText::drawAtRight(QPainter &painter, const QRect &rect, const QStrin
     const QFontMetrics metrics(m_font);
     const bool isWhole = places.size() == text.size() && !glyphs.contains(0U); // the font itself has all of it
     if (!isWhole || width > rect.width()) {
-        painter.setFont(m_font);
+        painter.setFont(Shaping::fit(m_font, text));
         painter.drawText(rect, Qt::AlignVCenter | Qt::AlignRight | Qt::TextSingleLine,
-                         metrics.elidedText(text, Qt::ElideRight, rect.width()));
+                         painter.fontMetrics().elidedText(text, Qt::ElideRight, rect.width()));
         return;
     }
     QGlyphRun run;

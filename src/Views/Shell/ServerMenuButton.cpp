@@ -8,6 +8,7 @@
 #include "Views/Shell/ServerPopup.h"
 #include "Views/Shell/ServerRowDelegate.h"
 #include "Views/Theme/Icons.h"
+#include "Views/Theme/LineText.h"
 #include "Views/Theme/Theme.h"
 
 #include <QKeyEvent>
@@ -134,8 +135,6 @@ void ServerMenuButton::paintEvent(QPaintEvent *)
     painter.drawPixmap(inside.right() + 1 - kChevron, inside.center().y() + 1 - kChevron / 2,
                        Icons::pixmap(IconName::ChevronDown, t.dim, kChevron, devicePixelRatioF()));
     inside.adjust(0, 0, -kChevron - kGap, 0);
-    painter.setFont(font());
     painter.setPen(t.text);
-    painter.drawText(inside, Qt::AlignVCenter | Qt::TextSingleLine,
-                     fontMetrics().elidedText(name(), Qt::ElideRight, inside.width()));
+    LineText(name(), font()).paint(painter, inside);
 }

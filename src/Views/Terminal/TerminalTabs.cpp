@@ -3,6 +3,7 @@
 #include "Views/Components/PlainText.h"
 #include "Views/Terminal/GlobalTerminalSessionManager.h"
 #include "Views/Theme/Icons.h"
+#include "Views/Theme/Shaping.h"
 #include "Views/Theme/TarnwellStyle.h"
 #include "Views/Theme/Theme.h"
 
@@ -94,7 +95,9 @@ void TerminalTabs::paintEvent(QPaintEvent *)
         const QRect tab = tabRect(i);
         const bool isCurrent = i == currentIndex();
         painter.setPen(isCurrent ? t.text : t.dim);
-        painter.drawText(tab.adjusted(kPadding, 0, 0, 0), Qt::AlignVCenter | Qt::TextSingleLine, shownText(i));
+        const QString text = shownText(i);
+        painter.setFont(Shaping::fit(font(), text));
+        painter.drawText(tab.adjusted(kPadding, 0, 0, 0), Qt::AlignVCenter | Qt::TextSingleLine, text);
         if (isCurrent) {
             painter.fillRect(tab.left(), tab.bottom() - kUnderline + 1, tab.width(), kUnderline, t.accent.color);
         }

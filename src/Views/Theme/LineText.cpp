@@ -1,12 +1,14 @@
 #include "Views/Theme/LineText.h"
 
+#include "Views/Theme/Shaping.h"
+
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QPainter>
 
 LineText::LineText(const QString &text, const QFont &font)
-    : m_font(font)
-    , m_layout(text, font)
+    : m_font(Shaping::fit(font, text))
+    , m_layout(text, m_font)
 {
     QTextOption option;
     option.setWrapMode(QTextOption::NoWrap);

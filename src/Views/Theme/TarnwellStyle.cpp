@@ -2,10 +2,12 @@
 
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/MenuStyle.h"
+#include "Views/Theme/Shaping.h"
 #include "Views/Theme/Theme.h"
 
 #include <QAbstractButton>
 #include <QAbstractScrollArea>
+#include <QLineEdit>
 #include <QPainter>
 #include <QPainterPath>
 #include <QStyleFactory>
@@ -64,6 +66,22 @@ TarnwellStyle::TarnwellStyle(const Theme &theme)
     : QProxyStyle(QStyleFactory::create(u"Fusion"_s))
     , m_theme(theme)
 {
+}
+
+void TarnwellStyle::polish(QWidget *widget)
+{
+    QProxyStyle::polish(widget);
+    if (auto *const field = qobject_cast<QLineEdit *>(widget)) {
+        connect(field, &QLineEdit::textChanged, this, &TarnwellStyle::fitFont, Qt::UniqueConnection);
+    }
+}
+
+// Of the field that says so.
+void TarnwellStyle::fitFont(const QString &text)
+{
+    if (auto *const field = qobject_cast<QLineEdit *>(sender())) {
+        field->setFont(Shaping::fit(field->font(), text));
+    }
 }
 
 int TarnwellStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const

@@ -28,6 +28,8 @@ public:
     /// `theme` outlives the style.
     explicit TarnwellStyle(const Theme &theme);
 
+    using QProxyStyle::polish;
+    void polish(QWidget *widget) override;
     int pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const override;
     int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
                   QStyleHintReturn *returnData) const override;
@@ -48,6 +50,7 @@ public:
     static void drawFocusRing(QPainter &painter, const QRectF &rect, qreal radius, const QColor &color);
 
 private:
+    void fitFont(const QString &text);
     void drawButton(const QStyleOption &option, QPainter &painter, const QWidget *widget) const;
     void drawButtonLabel(const class QStyleOptionButton &option, QPainter &painter, const QWidget *widget) const;
     void drawField(const QStyleOption &option, QPainter &painter, const QWidget *widget) const;

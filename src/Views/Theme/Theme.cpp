@@ -76,6 +76,7 @@ QFont Theme::font(TextStyle style) const
     font.setPointSizeF(spec.pixels * m_pointsPerPixel);
     font.setWeight(spec.weight);
     font.setHintingPreference(QFont::PreferNoHinting); // even spacing at every scale
+    font.setStyleStrategy(QFont::PreferNoShaping);     // where a text comes from elsewhere, Shaping says whether to
     return font;
 }
 

@@ -1,8 +1,10 @@
 #include "Views/Components/Labels.h"
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/LineText.h"
+#include "Views/Theme/Shaping.h"
 #include "Views/Theme/Theme.h"
 
+#include <QLineEdit>
 #include <QPainter>
 #include <QTest>
 #include <cmath>
@@ -38,6 +40,9 @@ private Q_SLOTS:
     void aSwitchReachesWindowsAtOnce();
     void everyIconIsThere();
     void iconsFollowThemeAndPixelRatio();
+    void textIsShownAsItStands();
+    void whatIsShaped_data();
+    void whatIsShaped();
     void aLineLooksAsThePainterDrawsIt_data();
     void aLineLooksAsThePainterDrawsIt();
 };
@@ -132,6 +137,54 @@ void TestTheme::iconsFollowThemeAndPixelRatio()
     QCOMPARE(Icons::pixmap(IconName::Server, Qt::black, 16, 1).size(), QSize(16, 16));
 }
 
+// Inter has a cross for the x of a number and arrows for signs: none of that may become of a command line or a name.
+void TestTheme::textIsShownAsItStands()
+{
+    const QFontMetricsF metrics(Theme().font(TextStyle::Body));
+    for (const QString &text : {u"0x1F"_s, u"a->b"_s, u"1920x1080"_s, u"<-=>"_s}) {
+        qreal alone = 0;
+        for (const QChar character : text) {
+            alone += metrics.horizontalAdvance(character);
+        }
+        QCOMPARE(metrics.horizontalAdvance(text), alone);
+    }
+    // What cannot be read so is shaped: lam and alef are one sign together.
+    const QString lamAlef = u"\u0644\u0627"_s;
+    const auto widthOf = [](const QString &text) { return LineText(text, Theme().font(TextStyle::Body)).width(); };
+    QVERIFY(widthOf(lamAlef) < widthOf(lamAlef.first(1)) + widthOf(lamAlef.last(1)));
+    QLineEdit field;
+    field.ensurePolished();
+    field.setText(u"deploy 1 "_s + lamAlef);
+    QCOMPARE(field.font().styleStrategy(), QFont::PreferDefault);
+    field.setText(u"0x1F"_s);
+    QCOMPARE(field.font().styleStrategy(), QFont::PreferNoShaping);
+}
+
+void TestTheme::whatIsShaped_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("isNeeded");
+
+    QTest::newRow("ASCII") << u"a->b 0x1F <=>"_s << false;
+    QTest::newRow("European") << u"\u00e4\u00df \u03a9 \u0416 \u20ac \u2026"_s << false;
+    QTest::newRow("East Asian") << u"\u4e2d\u6587 \u3042 \uac00"_s << false;
+    QTest::newRow("one emoji") << u"\U0001f680"_s << false;
+    QTest::newRow("half a character") << QString(QChar(0xd83d)) << false;
+    QTest::newRow("combined accent") << u"e\u0301"_s << true;
+    QTest::newRow("Arabic") << u"x \u0644\u0627"_s << true;
+    QTest::newRow("Devanagari") << u"\u0915\u094d\u0937"_s << true;
+    QTest::newRow("jamo") << u"\u1100\u1161"_s << true;
+    QTest::newRow("flag") << u"\U0001f1e9\U0001f1ea"_s << true;
+    QTest::newRow("skin tone") << u"\U0001f44d\U0001f3fd"_s << true;
+    QTest::newRow("joined emoji") << u"\U0001f469\u200d\U0001f4bb"_s << true;
+}
+
+void TestTheme::whatIsShaped()
+{
+    QFETCH(const QString, text);
+    QTEST(Shaping::isNeeded(text), "isNeeded");
+}
+
 void TestTheme::aLineLooksAsThePainterDrawsIt_data()
 {
     QTest::addColumn<QString>("text");
@@ -151,7 +204,7 @@ void TestTheme::aLineLooksAsThePainterDrawsIt()
     QFETCH(QString, text);
     QFETCH(int, room);
     QFETCH(Qt::Alignment, alignment);
-    const QFont font = Theme().font(TextStyle::Emphasis);
+    const QFont font = Shaping::fit(Theme().font(TextStyle::Emphasis), text);
     const QRect rect(5, 3, room, 31);
     QCOMPARE(LineText(text, font).width(), QFontMetrics(font).horizontalAdvance(text));
     const auto picture = [&](const auto &paint) {

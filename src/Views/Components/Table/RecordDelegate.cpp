@@ -6,6 +6,7 @@
 #include "Views/Components/Table/TableModel.h"
 #include "Views/Theme/Icons.h"
 #include "Views/Theme/LineText.h"
+#include "Views/Theme/Shaping.h"
 #include "Views/Theme/Theme.h"
 
 #include <QPainter>
@@ -207,7 +208,7 @@ void RecordDelegate::paintWords(QPainter &painter, const QRect &cell, int row, i
         (standsOut ? m_strongFigures : m_figures).drawAtRight(painter, words, text);
         return;
     }
-    QFont font = fontOf(of.style);
+    QFont font = Shaping::fit(fontOf(of.style), text);
     font.setStrikeOut(isGone);
     painter.setFont(font);
     const auto edge = of.align == CellAlign::Right ? Qt::AlignRight : Qt::AlignLeft;
