@@ -1,8 +1,8 @@
 // The least that a program with a window costs: an empty one of the size of ours. With the argument "rows", a bare
 // list of five names in our font: what Qt asks for the first text, which a program that shows a list cannot go below.
 
-#include "App/FirstPaint.h"
 #include "App/StartMeasure.h"
+#include "Views/Components/FirstPaint.h"
 
 #include <QApplication>
 #include <QListView>

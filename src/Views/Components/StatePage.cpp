@@ -152,14 +152,21 @@ private:
 
 StatePage::StatePage(const Theme &theme, QWidget *content, QWidget *parent)
     : QWidget(parent)
+    , m_theme(theme)
     , m_pages(new QStackedLayout(this))
-    , m_message(new StateMessage(theme, this))
     , m_content(content)
 {
-    m_pages->addWidget(m_message);
     m_pages->addWidget(content);
-    m_pages->setCurrentWidget(content);
-    connect(&m_message->button(), &QPushButton::clicked, this, &StatePage::retryRequested);
+}
+
+StateMessage &StatePage::messagePage()
+{
+    if (!m_message) {
+        m_message = new StateMessage(m_theme, this);
+        m_pages->addWidget(m_message);
+        connect(&m_message->button(), &QPushButton::clicked, this, &StatePage::retryRequested);
+    }
+    return *m_message;
 }
 
 void StatePage::showLoading(const Message &message)
@@ -180,20 +187,22 @@ void StatePage::showEmpty(const Message &message, const QString &buttonText)
 void StatePage::showContent()
 {
     m_state = State::Content;
-    m_message->set(State::Empty, {}, {});
+    if (m_message) {
+        m_message->set(State::Empty, {}, {});
+    }
     m_pages->setCurrentWidget(m_content);
 }
 
 void StatePage::present(State state, const Message &message, const QString &buttonText)
 {
     m_state = state;
-    m_message->set(state, message, buttonText);
+    messagePage().set(state, message, buttonText);
     m_pages->setCurrentWidget(m_message);
 }
 
 StatePage::Message StatePage::message() const
 {
-    return m_message->current();
+    return m_message ? m_message->current() : Message();
 }
 
 QPushButton &StatePage::button() const

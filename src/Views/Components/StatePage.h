@@ -41,6 +41,7 @@ public:
     /// What is on show; empty texts with content.
     Message message() const;
 
+    /// Of the message on show; not to be asked for while there is none.
     QPushButton &button() const;
 
 Q_SIGNALS:
@@ -48,10 +49,12 @@ Q_SIGNALS:
     void retryRequested();
 
 private:
+    StateMessage &messagePage();
     void present(State state, const Message &message, const QString &buttonText);
 
+    const Theme &m_theme;
     State m_state = State::Content;
     QStackedLayout *m_pages;
-    StateMessage *m_message;
+    StateMessage *m_message = nullptr; // made when there is the first thing to say
     QWidget *m_content;
 };

@@ -2,6 +2,7 @@
 
 #include "Models/ServerStore.h"
 #include "Views/Components/AlertDialog.h"
+#include "Views/Components/FirstPaint.h"
 #include "Views/Components/NoticeBar.h"
 #include "Views/Components/Panel.h"
 #include "Views/Components/SectionNavigation.h"
@@ -72,6 +73,12 @@ ContentView::ContentView(const Theme &theme, const Services &services, QWidget *
     arrange(false);
     showPlace();
     m_serverList->setFocus();
+    // What stands beside the lists while no server is chosen comes with the second picture: the first is there
+    // earlier.
+    new FirstPaint(*this, [this] {
+        m_isPainted = true;
+        showWithoutServer();
+    });
 }
 
 ContentView::~ContentView() = default;
@@ -221,7 +228,7 @@ void ContentView::showPlace()
 
 void ContentView::showWithoutServer()
 {
-    if (m_services.store.selectedServer()) {
+    if (!m_isPainted || m_services.store.selectedServer()) {
         return;
     }
     m_page->showEmpty({tr("No Server Selected"),

@@ -90,6 +90,7 @@ private:
     StatePage *m_page;
     QSplitter *m_lists; // the two lists
     QList<int> m_sidebarWidths;
+    bool m_isPainted = false;
     Curtain *m_sidebar; // around them
     QSplitter *m_splitter;
     Curtain *m_header;

@@ -130,7 +130,7 @@ void TestContentView::cleanup()
 
 void TestContentView::thePageOnShowComesFirst()
 {
-    QCOMPARE(title(), u"No Server Selected"_s);
+    QTRY_COMPARE(title(), u"No Server Selected"_s);
     QCOMPARE(m_window->pages().count(), 0);
     m_window->model().setSelectedTab(MainTab::Ports);
     selectConnected(m_a);
@@ -166,7 +166,7 @@ void TestContentView::anotherServerReplacesAllPages()
 
     m_transport->store.deleteServer(m_b);
     QCOMPARE(m_window->pages().count(), 0);
-    QCOMPARE(title(), u"No Server Selected"_s);
+    QTRY_COMPARE(title(), u"No Server Selected"_s);
     m_transport->store.deleteServer(m_a);
     QCOMPARE(title(), u"No Server Selected"_s);
 }
@@ -406,7 +406,7 @@ void TestContentView::asksBeforeItDisconnects()
     QVERIFY(!m_transport->store.server(m_a.id)->isConnected);
     QCOMPARE(m_window->model().selectedTab(), MainTab::Dashboard);
     QCOMPARE(m_window->pages().count(), 0);
-    QCOMPARE(title(), u"No Server Selected"_s);
+    QTRY_COMPARE(title(), u"No Server Selected"_s);
 }
 
 void TestContentView::aSecondSelectionWhileConnecting()

@@ -1,4 +1,4 @@
-#include "App/FirstPaint.h"
+#include "Views/Components/FirstPaint.h"
 
 #include <QEvent>
 #include <QTimer>
