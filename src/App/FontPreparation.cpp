@@ -1,6 +1,9 @@
 #include "App/FontPreparation.h"
 
+#include <clocale>
+#include <cstdlib>
 #include <dlfcn.h>
+#include <string>
 #include <utility>
 
 namespace
@@ -15,10 +18,21 @@ void *readConfiguration(void *)
     return nullptr;
 }
 
+void makeLast(const char *variable)
+{
+    if (const char *const value = std::getenv(variable)) {
+        const std::string copy = value;
+        unsetenv(variable);
+        setenv(variable, copy.c_str(), 1);
+    }
+}
+
 } // namespace
 
 FontPreparation::FontPreparation()
 {
+    std::setlocale(LC_ALL, "");
+    makeLast("DESKTOP_STARTUP_ID");
     pthread_t thread{};
     if (pthread_create(&thread, nullptr, &readConfiguration, nullptr) == 0) {
         m_thread = thread;

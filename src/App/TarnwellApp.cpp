@@ -3,7 +3,6 @@
 #include "App/AppDelegate.h"
 #include "App/AppState.h"
 #include "App/Constants.h"
-#include "App/FontPreparation.h"
 #include "App/StartMeasure.h"
 #include "App/WindowPictures.h"
 #include "Helpers/Clock.h"
@@ -74,12 +73,10 @@ struct TarnwellApp::Objects {
     {
         theme.install();
         delegate.applicationDidFinishLaunching();
-        Sections::drawIcons(theme.tokens().dim, qGuiApp->devicePixelRatio()); // while the fonts are looked up
-        fonts.wait();
+        const Sections::IconPreparation icons(theme.tokens().dim, qGuiApp->devicePixelRatio());
         window = std::make_unique<ContentView>(theme, ContentView::Services{store, manager, clock, &terminals});
     }
 
-    FontPreparation fonts; // begins first
     SystemClock clock;
     UserDefaults defaults;
     AppSettings settings;

@@ -1,5 +1,6 @@
 #include "App/CommandLine.h"
 #include "App/Constants.h"
+#include "App/FontPreparation.h"
 #include "App/PictureScreens.h"
 #include "App/SingleInstance.h"
 #include "App/TarnwellApp.h"
@@ -49,6 +50,7 @@ int main(int argc, char **argv)
         }
     }
 
+    FontPreparation fonts;
     PictureScreens screens;
     QList<QByteArray> extra = line.renderDirectory ? screens.arguments() : QList<QByteArray>();
     std::vector<char *> arguments(argv, argv + argc);
@@ -60,6 +62,7 @@ int main(int argc, char **argv)
 
     QApplication application(count, arguments.data());
     QGuiApplication::setDesktopFileName(Constants::kDesktopFileName);
+    fonts.wait();
     const UnixSignals signals;
     TarnwellApp tarnwell(line, runtimeDirectory);
     QObject::connect(&signals, &UnixSignals::endRequested, &tarnwell, &TarnwellApp::end);

@@ -157,10 +157,23 @@ void Sections::paintMark(QPainter &painter, const Theme &theme, SectionMark mark
     }
 }
 
-void Sections::drawIcons(const QColor &color, qreal pixelRatio)
+Sections::IconPreparation::IconPreparation(const QColor &color, qreal pixelRatio)
+    : m_color(color)
+    , m_pictures(std::async(std::launch::async, [color, pixelRatio] {
+        std::vector<QImage> pictures;
+        for (const Section &section : kSections) {
+            pictures.push_back(Icons::picture(section.icon, color, Metrics::kIconSize, pixelRatio));
+        }
+        return pictures;
+    }))
 {
-    for (const Section &section : kSections) {
-        Icons::pixmap(section.icon, color, Metrics::kIconSize, pixelRatio);
+}
+
+Sections::IconPreparation::~IconPreparation()
+{
+    const std::vector<QImage> pictures = m_pictures.get();
+    for (size_t i = 0; i < pictures.size(); ++i) {
+        Icons::keep(kSections[i].icon, m_color, Metrics::kIconSize, pictures[i]);
     }
 }
 

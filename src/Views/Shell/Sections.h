@@ -4,6 +4,9 @@
 #include "Models/Server.h"
 #include "Views/Theme/Icons.h"
 
+#include <future>
+#include <vector>
+
 enum class SectionMark;
 class Clock;
 class CommandSSHManager;
@@ -57,8 +60,21 @@ QString described(SectionMark mark);
 /// A dot at the upper right of the section's icon; nothing for no mark.
 void paintMark(QPainter &painter, const Theme &theme, SectionMark mark, const QPointF &iconTopRight);
 
-/// Draws the sections' icons for a list that is soon to be painted: Icons keeps them.
-void drawIcons(const QColor &color, qreal pixelRatio);
+/// Draws the sections' icons on another processor, for a list that is painted after the end of this object's life.
+class IconPreparation
+{
+public:
+    /// In the colour and for the pixel ratio of that list.
+    IconPreparation(const QColor &color, qreal pixelRatio);
+    /// Waits for them.
+    ~IconPreparation();
+    IconPreparation(const IconPreparation &) = delete;
+    IconPreparation &operator=(const IconPreparation &) = delete;
+
+private:
+    QColor m_color;
+    std::future<std::vector<QImage>> m_pictures;
+};
 
 SectionPage *makePage(MainTab tab, const Theme &theme, const SectionServices &services, const Server &server,
                       QWidget *parent);

@@ -116,6 +116,11 @@ QByteArray outline(IconName name, const QColor &color)
     return file.readAll().replace("currentColor", color.name().toLatin1());
 }
 
+QString keyOf(IconName name, const QColor &color, int size, qreal pixelRatio)
+{
+    return u"tarnwell %1 %2 %3 %4"_s.arg(static_cast<int>(name)).arg(color.rgba(), 8, 16).arg(size).arg(pixelRatio);
+}
+
 const QColor &textColor(const Theme &theme)
 {
     return theme.tokens().text;
@@ -177,19 +182,28 @@ QIcon Icons::icon(IconName name, const Theme &theme, const QColor &(*color)(cons
 
 QPixmap Icons::pixmap(IconName name, const QColor &color, int size, qreal pixelRatio)
 {
-    const QString key =
-        u"tarnwell %1 %2 %3 %4"_s.arg(static_cast<int>(name)).arg(color.rgba(), 8, 16).arg(size).arg(pixelRatio);
-    QPixmap picture;
-    if (QPixmapCache::find(key, &picture)) {
-        return picture;
+    const QString key = keyOf(name, color, size, pixelRatio);
+    QPixmap found;
+    if (!QPixmapCache::find(key, &found)) {
+        found = QPixmap::fromImage(picture(name, color, size, pixelRatio));
+        QPixmapCache::insert(key, found);
     }
+    return found;
+}
+
+QImage Icons::picture(IconName name, const QColor &color, int size, qreal pixelRatio)
+{
     const int side = qCeil(size * pixelRatio);
-    picture = QPixmap(side, side);
+    QImage picture(side, side, QImage::Format_ARGB32_Premultiplied);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
     QSvgRenderer(outline(name, color)).render(&painter, QRectF(0, 0, side, side));
     painter.end();
     picture.setDevicePixelRatio(pixelRatio);
-    QPixmapCache::insert(key, picture);
     return picture;
+}
+
+void Icons::keep(IconName name, const QColor &color, int size, const QImage &picture)
+{
+    QPixmapCache::insert(keyOf(name, color, size, picture.devicePixelRatio()), QPixmap::fromImage(picture));
 }
