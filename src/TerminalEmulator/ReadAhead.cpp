@@ -22,7 +22,7 @@ using Clock = std::chrono::steady_clock;
 // The system hands out a page at a time. To wake somebody for each costs more than to parse it, so during a flood it
 // is done once for so many bytes, or for so much time; after a silence at once.
 constexpr size_t Page = 4096;
-constexpr size_t ManyBytes = 1 << 16;
+constexpr size_t ManyBytes = 1 << 18;
 constexpr int TellPause = 1; // milliseconds
 
 void signalTo(int event)

@@ -22,7 +22,7 @@ namespace vt
 struct TerminalWidget::State {
     static constexpr int SyncTimeout = 150;      ///< milliseconds the application may hold its output back
     static constexpr int SlowestFrame = 250;     ///< milliseconds between frames during a flood
-    static constexpr int FrameShare = 8;         ///< of that time frames take one part at most
+    static constexpr int FrameShare = 16;        ///< of that time frames take one part at most
     static constexpr int SliceTime = 7;          ///< milliseconds a frame draws before it leaves the rest to the next
     static constexpr int LongestSlices = 40;     ///< milliseconds until a frame in slices is shown as far as it is
     static constexpr qsizetype FloodScreens = 4; ///< bytes for each cell between two frames that nobody can read
