@@ -48,7 +48,7 @@ bool RigSshd::up(Accounts accounts)
         m_directory.clear();
         return false;
     }
-    m_password = contents(value("PASSWORD_FILE"));
+    m_password = accounts == Accounts::Created ? contents(value("PASSWORD_FILE")) : QString();
     return true;
 }
 
