@@ -41,6 +41,8 @@ void Reflow::add(const RowCopy &row, std::vector<RowCopy> &out)
     ++m_rowsIn;
     if (!row.isWrapped() || row.size != LineSize::Normal) {
         cut(out);
+    } else if (m_line.size() >= m_longAt && m_newColumns > 1) {
+        layFinished(out);
     }
 }
 
@@ -96,10 +98,42 @@ void Reflow::cut(std::vector<RowCopy> &out)
     }
     Cell fill;
     const size_t length = trimmed(keep, fill);
+    lay(length, true, fill, out);
+    m_line.clear();
+    m_inLine.clear();
+    m_lineRows = 0;
+    m_rowStart = 0;
+    m_longAt = LongLine;
+}
+
+/// Lays the rows that nothing to come can change, so that a line without an end takes little memory.
+void Reflow::layFinished(std::vector<RowCopy> &out)
+{
+    size_t length = m_rowStart;
+    while (length > 0 && m_line[length - 1].code == 0) {
+        --length; // blanks may turn out to be the line's end
+    }
+    const size_t done = lay(length, false, {}, out);
+    m_line.erase(m_line.begin(), m_line.begin() + static_cast<std::ptrdiff_t>(done));
+    m_rowStart -= done;
+    for (auto &[point, offset] : m_inLine) {
+        offset -= done;
+    }
+    m_longAt = std::max(LongLine, 2 * m_line.size());
+}
+
+/// Lays the first `length` cells of the line in rows: all of them at the line's end, whole rows before. Returns how
+/// many are done.
+size_t Reflow::lay(size_t length, bool isEnd, Cell fill, std::vector<RowCopy> &out)
+{
+    const auto width = static_cast<size_t>(m_newColumns);
     size_t start = 0;
     size_t waiting = 0;
     std::sort(m_inLine.begin(), m_inLine.end(), [](const auto &a, const auto &b) { return a.second < b.second; });
     do {
+        if (!isEnd && start + width >= length) {
+            break;
+        }
         size_t end = std::min(start + width, length);
         if (m_size != LineSize::Normal) {
             end = length;
@@ -140,10 +174,8 @@ void Reflow::cut(std::vector<RowCopy> &out)
         ++m_rowsOut;
         start = end;
     } while (start < length);
-    m_line.clear();
-    m_inLine.clear();
-    m_lineRows = 0;
-    m_rowStart = 0;
+    m_inLine.erase(m_inLine.begin(), m_inLine.begin() + static_cast<std::ptrdiff_t>(waiting));
+    return start;
 }
 
 } // namespace vt

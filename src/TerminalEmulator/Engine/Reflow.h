@@ -31,7 +31,11 @@ public:
     const std::vector<Point> &points() const { return m_points; }
 
 private:
+    static constexpr size_t LongLine = 1 << 16; ///< cells of one line that are worth to be laid before its end
+
     void cut(std::vector<RowCopy> &out);
+    void layFinished(std::vector<RowCopy> &out);
+    size_t lay(size_t length, bool isEnd, Cell fill, std::vector<RowCopy> &out);
     size_t trimmed(size_t keep, Cell &fill) const;
 
     int m_oldColumns;
@@ -39,7 +43,8 @@ private:
     std::vector<Point> m_points;
     std::vector<Point> m_source;
     std::vector<std::pair<size_t, size_t>> m_inLine; ///< point and its offset in the line
-    std::vector<Cell> m_line;
+    std::vector<Cell> m_line;                        ///< of the line, what is not laid yet
+    size_t m_longAt = LongLine;
     size_t m_lineRows = 0;
     uint8_t m_lastFlags = 0;
     LineSize m_size = LineSize::Normal;

@@ -11,6 +11,7 @@ private Q_SLOTS:
     void aWrappedLineJoinsAndCuts();
     void thereAndBackIsExact_data();
     void thereAndBackIsExact();
+    void aLineWithoutEndIsCutAsItWouldBePrinted();
     void theCursorKeepsItsCharacter();
     void heightTakesFromAndGivesToTheHistory();
     void aScreenThatIsNotFullKeepsItsTop();
@@ -94,6 +95,33 @@ void TestReflow::thereAndBackIsExact()
         scene.terminal.resize(columns, rows);
         scene.terminal.resize(40, 10);
         QCOMPARE(everything(scene), before);
+    }
+}
+
+// Such a line is laid out in parts.
+void TestReflow::aLineWithoutEndIsCutAsItWouldBePrinted()
+{
+    std::mt19937 random(11);
+    std::string text;
+    for (int i = 0; i < 120'000; ++i) {
+        const auto kind = random() % 12;
+        text += kind == 0 ? "\u6f22" : kind == 1 ? "e\u0301" : std::string(1, static_cast<char>('a' + random() % 26));
+    }
+    text += std::string(5'000, ' ') + "end";
+    Scene scene(40, 10, 10'000);
+    scene.feed(text);
+    const QByteArray before = everything(scene);
+    for (const int columns : {37, 61, 2}) {
+        Scene printed(columns, 10, 10'000);
+        printed.feed(text);
+        scene.terminal.resize(columns, 10);
+        if (columns > 21) { // otherwise its beginning has dropped off
+            QCOMPARE(everything(scene), everything(printed));
+            scene.terminal.resize(40, 10);
+            QCOMPARE(everything(scene), before);
+        } else {
+            QCOMPARE(scene.screen(), printed.screen());
+        }
     }
 }
 
