@@ -18,7 +18,8 @@ MainMenu::MainMenu(QMainWindow &window, ServerStore &store, ContentViewModel &mo
     , m_model(model)
     , m_commands(static_cast<qsizetype>(Command::CheckForUpdates) + 1)
 {
-    window.menuBar()->setNativeMenuBar(false);
+    // Said before there is a bar; Qt would ask the session bus whether the desktop shows menus itself.
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
     addFileMenu(store);
     addEditMenu();
     addViewMenu();
