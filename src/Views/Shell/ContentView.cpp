@@ -139,6 +139,7 @@ void ContentView::connectModel()
         m_serverList->model().setConnecting(server, m_model->isConnecting(server));
     });
     connect(m_model, &ContentViewModel::placeChanged, m_serverList, &ServerListView::dropPendingSelection);
+    connect(&m_compactHeader->servers(), &ServerMenuButton::menuRequested, m_serverList, &ServerListView::openMenu);
     connect(m_page, &StatePage::retryRequested, m_model, [this] { m_model->setShowingAddServer(true); });
     connect(m_model, &ContentViewModel::isCompactModeChanged, this, [this] { arrange(true); });
     connect(m_model, &ContentViewModel::isSidebarVisibleChanged, this, [this] { arrange(true); });

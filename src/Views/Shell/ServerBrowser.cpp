@@ -8,6 +8,7 @@
 #include "Views/Shell/ServerRowDelegate.h"
 #include "Views/Shell/SidebarList.h"
 
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QPushButton>
 #include <QStackedLayout>
@@ -37,6 +38,7 @@ ServerBrowser::ServerBrowser(const Theme &theme, ServerStore &store, QWidget *pa
     m_search->installEventFilter(this);
     m_list->setModel(m_model);
     m_list->setItemDelegate(m_delegate);
+    m_list->viewport()->installEventFilter(this);
     connect(m_list, &QListView::clicked, this, &ServerBrowser::chosen);
     connect(m_list, &QListView::activated, this, &ServerBrowser::chosen);
 
@@ -73,8 +75,26 @@ bool ServerBrowser::showsRows() const
     return m_pages->currentWidget() == m_list;
 }
 
+void ServerBrowser::contextMenuEvent(QContextMenuEvent *event)
+{
+    const QWidget *const viewport = m_list->viewport();
+    const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
+    const QModelIndex index =
+        isByKey ? m_list->currentIndex() : m_list->indexAt(viewport->mapFromGlobal(event->globalPos()));
+    if (index.isValid() && showsRows()) {
+        Q_EMIT menuRequested(index, isByKey ? viewport->mapToGlobal(m_list->visualRect(index).center())
+                                            : event->globalPos());
+    }
+    event->accept();
+}
+
 bool ServerBrowser::eventFilter(QObject *watched, QEvent *event)
 {
+    // A row whose menu is asked for is not selected by that: it would be connected to.
+    const bool isPress = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+    if (watched == m_list->viewport() && isPress) {
+        return static_cast<QMouseEvent *>(event)->button() == Qt::RightButton;
+    }
     if (watched == m_search && event->type() == QEvent::KeyPress) {
         const auto *press = static_cast<QKeyEvent *>(event);
         const int key = press->key();

@@ -40,7 +40,11 @@ Q_SIGNALS:
     /// The current row was clicked, or taken by the keyboard.
     void chosen();
 
+    /// The menu of a row is wanted, at a place on the screen. The row is not current by that.
+    void menuRequested(const QModelIndex &index, const QPoint &place);
+
 protected:
+    void contextMenuEvent(QContextMenuEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:

@@ -12,8 +12,8 @@
 #include "Views/Theme/Icons.h"
 
 #include <QAction>
-#include <QContextMenuEvent>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QListView>
 #include <QMenu>
 #include <QPushButton>
@@ -48,7 +48,6 @@ ServerListView::ServerListView(const Theme &theme, const AddEditServerViewModel:
     m_browser->addBesideSearch(m_add);
 
     m_list->installEventFilter(this);
-    m_list->viewport()->installEventFilter(this);
     setFocusProxy(m_list);
 
     layOut(theme);
@@ -91,6 +90,9 @@ void ServerListView::connectList()
     });
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, &m_rest, qOverload<>(&QTimer::start));
     connect(m_browser, &ServerBrowser::chosen, this, &ServerListView::selectCurrent);
+    connect(m_browser, &ServerBrowser::menuRequested, this, [this](const QModelIndex &index, const QPoint &place) {
+        openMenu(index.data(ServerListModel::IdRole).toUuid(), place);
+    });
     // Where the current row goes, the list makes a neighbour the current one. Nobody has chosen that.
     connect(m_model, &ServerListModel::rowsRemoved, this, &ServerListView::dropPendingSelection);
     connect(m_model, &ServerListModel::modelReset, this, &ServerListView::dropPendingSelection);
@@ -109,11 +111,6 @@ void ServerListView::focusSearch()
 
 bool ServerListView::eventFilter(QObject *watched, QEvent *event)
 {
-    // A row whose menu is asked for is not selected by that: it would be connected to.
-    const bool isPress = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
-    if (watched == m_list->viewport() && isPress) {
-        return static_cast<QMouseEvent *>(event)->button() == Qt::RightButton;
-    }
     if (watched == m_list && event->type() == QEvent::KeyPress) {
         const auto *press = static_cast<QKeyEvent *>(event);
         return !(press->modifiers() & ~Qt::KeypadModifier) && listKey(press->key());
@@ -171,36 +168,24 @@ AddEditServerView *ServerListView::editor() const
     return m_editor;
 }
 
-void ServerListView::contextMenuEvent(QContextMenuEvent *event)
+void ServerListView::openMenu(const QUuid &id, const QPoint &place)
 {
-    QWidget *const viewport = m_list->viewport();
-    if (event->reason() == QContextMenuEvent::Keyboard) {
-        const QModelIndex current = m_list->currentIndex();
-        openMenu(current, viewport->mapToGlobal(m_list->visualRect(current).center()));
-    } else {
-        openMenu(m_list->indexAt(viewport->mapFromGlobal(event->globalPos())), event->globalPos());
-    }
-    event->accept();
-}
-
-void ServerListView::openMenu(const QModelIndex &index, const QPoint &place)
-{
-    const auto server = index.isValid() ? m_store.server(index.data(ServerListModel::IdRole).toUuid()) : std::nullopt;
-    if (!server || !m_browser->showsRows()) {
+    const auto server = m_store.server(id);
+    if (!server) {
         return;
     }
     m_menu = new QMenu(this);
     m_menu->setAttribute(Qt::WA_DeleteOnClose);
     m_menu->setToolTipsVisible(true);
     QAction *edit = m_menu->addAction(Icons::icon(IconName::Edit, m_theme), tr("Edit server"), this,
-                                      [this, id = server->id] { editServer(id); });
+                                      [this, id] { editServer(id); });
     edit->setEnabled(!server->isConnected);
     edit->setToolTip(server->isConnected ? tr("Cannot edit connected server") : QString());
     QAction *remove = m_menu->addAction(Icons::icon(IconName::Delete, m_theme), tr("Delete server"), this,
-                                        [this, id = server->id] { askToDelete(id); });
+                                        [this, id] { askToDelete(id); });
     remove->setEnabled(!server->isConnected);
     remove->setToolTip(server->isConnected ? tr("Cannot delete connected server") : QString());
-    mark(index);
+    mark(m_model->indexOf(id));
     connect(m_menu, &QMenu::aboutToHide, this, [this] { mark({}); });
     m_menu->popup(place);
 }

@@ -55,6 +55,9 @@ public Q_SLOTS:
     /// Opens the sheet for a server. Does nothing for one that is connected or not there.
     void editServer(const QUuid &id);
 
+    /// What can be done with a server, at a place on the screen.
+    void openMenu(const QUuid &id, const QPoint &place);
+
     /// Asks before the server goes. Does nothing for one that is connected or not there.
     void askToDelete(const QUuid &id);
 
@@ -63,7 +66,6 @@ public Q_SLOTS:
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
-    void contextMenuEvent(QContextMenuEvent *event) override;
 
 private:
     void layOut(const Theme &theme);
@@ -71,7 +73,6 @@ private:
     bool listKey(int key);
     void openEditor(const std::optional<Server> &server);
     void refuse(const QModelIndex &index, const QString &reason);
-    void openMenu(const QModelIndex &index, const QPoint &place);
     void mark(const QModelIndex &index);
     void selectCurrent();
     void followSelection();

@@ -83,6 +83,7 @@ void ServerMenuButton::openList()
         }
     }
     connect(m_popup, &ServerPopup::addServerRequested, &m_model, [this] { m_model.setShowingAddServer(true); });
+    connect(m_popup, &ServerPopup::menuRequested, this, &ServerMenuButton::menuRequested);
     m_popup->openBelow(*this);
 }
 

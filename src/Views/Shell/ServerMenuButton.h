@@ -29,6 +29,10 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
+Q_SIGNALS:
+    /// Of a server in the list, at a place on the screen.
+    void menuRequested(const QUuid &server, const QPoint &place);
+
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;

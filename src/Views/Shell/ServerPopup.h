@@ -26,6 +26,9 @@ public:
 Q_SIGNALS:
     void addServerRequested();
 
+    /// A row's menu is wanted; the popup has closed.
+    void menuRequested(const QUuid &server, const QPoint &place);
+
 private:
     void choose();
     void fit();

@@ -21,8 +21,10 @@
 #include "Views/Shell/ServerPopup.h"
 #include "Views/Theme/Theme.h"
 
+#include <QContextMenuEvent>
 #include <QLineEdit>
 #include <QListView>
+#include <QMenu>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -337,6 +339,27 @@ void TestContentView::theServersMenu()
     QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
                       list.visualRect(popup->browser().model().index(0)).center());
     QCOMPARE(store.selectedServer()->id, m_a.id);
+
+    // A server is edited and deleted from here as from the wide layout's list.
+    button.click();
+    popup = button.popup();
+    QWidget *const rows = popup->browser().list().viewport();
+    const QPoint place = popup->browser().list().visualRect(popup->browser().model().index(1)).center();
+    QTest::mouseClick(rows, Qt::RightButton, {}, place);
+    QContextMenuEvent wish(QContextMenuEvent::Mouse, place, rows->mapToGlobal(place));
+    QApplication::sendEvent(rows, &wish);
+    QVERIFY(!popup || !popup->isVisible());
+    QCOMPARE(store.selectedServer()->id, m_a.id);
+    const QMenu *const menu = m_window->serverList().menu();
+    QVERIFY(menu && menu->isVisible());
+    QCOMPARE(menu->actions().at(0)->text(), u"Edit server"_s);
+    QVERIFY(!menu->actions().at(0)->isEnabled()); // it is connected
+    store.updateServerConnection(m_b, false);
+    button.openList();
+    QApplication::sendEvent(button.popup()->browser().list().viewport(), &wish);
+    m_window->serverList().menu()->actions().at(0)->trigger();
+    QVERIFY(m_window->serverList().editor());
+    delete m_window->serverList().editor();
 
     button.click();
     QCOMPARE(button.popup()->addButton().text(), u"Add Server..."_s);
