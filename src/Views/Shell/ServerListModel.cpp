@@ -174,8 +174,10 @@ QVariant ServerListModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
         return PlainText::oneLine(server.name);
     case Qt::ToolTipRole:
-        return PlainText::toolTip(
-            (QStringList{PlainText::oneLine(server.name), address(server)} + labels(server)).join(u'\n'));
+        return PlainText::toolTip((QStringList{PlainText::oneLine(server.name), address(server),
+                                               stateText(stateOf(server, m_connecting.contains(server.id)))} +
+                                   labels(server))
+                                      .join(u'\n'));
     case Qt::AccessibleTextRole:
         return (QStringList{PlainText::oneLine(server.name), address(server),
                             stateText(stateOf(server, m_connecting.contains(server.id)))} +
