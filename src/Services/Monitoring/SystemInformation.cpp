@@ -6,6 +6,7 @@
 #include "Services/Commands/CommandSSHManager.h"
 #include "Services/Parsers/StorageDeviceParser.h"
 #include "Services/Parsers/SystemInfoParser.h"
+#include "Services/SSH/ConnectionTest.h"
 
 using namespace Qt::StringLiterals;
 
@@ -88,7 +89,7 @@ void SystemInformation::finish(const Server &server, const CommandResult &result
     const std::optional<SystemInfo> fresh =
         parseSystemInfoFromCommandResult(result, storageResult, m_server.clock.now());
     m_isRefreshing = false;
-    m_refreshError = fresh ? std::nullopt : std::optional(QString::fromUtf8(result.error.trimmed()));
+    m_refreshError = fresh ? std::nullopt : std::optional(ConnectionTest::reason(QString::fromUtf8(result.error)));
     const QPointer<SystemInformation> self(this); // the store's listeners may end the owner
     if (fresh) {
         m_systemInfo = fresh;

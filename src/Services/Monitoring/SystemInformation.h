@@ -27,7 +27,7 @@ public:
 
     bool isRefreshing() const { return m_isRefreshing; }
 
-    /// Why the newest run failed, in the words of the other side; nothing when it did not.
+    /// Why the newest run failed, in one line of the other side's words, which may be none; nothing when it did not.
     const std::optional<QString> &refreshError() const { return m_refreshError; }
 
     /// Shows the facts of the record if they are complete and young, else asks the server. Nothing happens while the

@@ -45,8 +45,9 @@ CompactGPUCard::CompactGPUCard(const Theme &theme, QWidget *parent)
     chart().setFormat([](double value) { return DashboardFigures::utilizationText(value).trimmed(); });
 }
 
-void CompactGPUCard::setMetrics(const GPUMetrics &gpuMetrics, const QList<MetricsSnapshot> &metricsHistory)
+void CompactGPUCard::setMetrics(const std::optional<GPUMetrics> &told, const QList<MetricsSnapshot> &metricsHistory)
 {
+    const GPUMetrics gpuMetrics = told.value_or(GPUMetrics());
     const double average = DashboardFigures::averageUtilization(gpuMetrics);
     setFigure(DashboardFigures::figure(average, u"%"_s), average > DashboardFigures::kBusyGPU);
 
@@ -67,7 +68,7 @@ void CompactGPUCard::setMetrics(const GPUMetrics &gpuMetrics, const QList<Metric
     setLegend(legend);
     QStringList notes{DashboardFigures::moreGPUs(gpuMetrics)};
     if (gpuMetrics.gpus.isEmpty()) {
-        notes.append(tr("No GPU devices detected"));
+        notes.append(told ? tr("No GPU devices detected") : tr("Detecting GPU devices..."));
     } else if (DashboardFigures::haveSimilarUtilization(gpuMetrics)) {
         notes.append(tr("GPUs have similar utilization"));
     }

@@ -14,5 +14,6 @@ public:
 
     explicit CompactGPUCard(const Theme &theme, QWidget *parent = nullptr);
 
-    void setMetrics(const GPUMetrics &gpuMetrics, const QList<MetricsSnapshot> &metricsHistory);
+    /// Without `gpuMetrics` the server has not told of any yet, or of none this time.
+    void setMetrics(const std::optional<GPUMetrics> &gpuMetrics, const QList<MetricsSnapshot> &metricsHistory);
 };

@@ -130,10 +130,11 @@ void DashboardContent::update()
     }
     QString trouble;
     if (m_model.connection() == DashboardViewModel::Connection::Failed) {
-        const QString detail = m_model.connectionErrorDetail();
-        trouble = tr("The connection failed: %1").arg(detail.isEmpty() ? m_model.connectionErrorMessage() : detail);
+        trouble =
+            QStringList{m_model.connectionErrorMessage(), m_model.connectionErrorDetail()}.join(u'\n').trimmed();
     } else if (m_model.refreshError()) {
-        trouble = tr("The last refresh failed: %1").arg(*m_model.refreshError());
+        trouble = m_model.refreshError()->isEmpty() ? tr("The last refresh failed")
+                                                    : tr("The last refresh failed: %1").arg(*m_model.refreshError());
     }
     m_trouble->setText(trouble);
     m_trouble->setVisible(!trouble.isEmpty());

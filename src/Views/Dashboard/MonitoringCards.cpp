@@ -126,7 +126,7 @@ void MonitoringCards::followModel()
     showRates(*m_diskIO, {tr("Read"), ToneName::Orange, true}, {tr("Write"), ToneName::Red, false},
               valuesOf(history, [](Snapshot s) { return DashboardFigures::readRate(s.diskIOMetrics); }),
               valuesOf(history, [](Snapshot s) { return DashboardFigures::writeRate(s.diskIOMetrics); }));
-    m_gpu->setMetrics(current->gpuMetrics.value_or(GPUMetrics()), history);
+    m_gpu->setMetrics(current->gpuMetrics, history);
 }
 
 void MonitoringCards::showRates(CompactMetricsCard &card, const MetricChart::Curve &first,

@@ -24,7 +24,7 @@ public:
     /// Both outlive it.
     StorageDeviceTable(const Theme &theme, const DashboardViewModel &model, QWidget *parent = nullptr);
 
-    /// What stands in the rows, column by column, for tests and for copying.
+    /// What stands in the rows, column by column.
     QList<QStringList> rows() const;
 
 protected:

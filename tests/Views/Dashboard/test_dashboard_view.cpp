@@ -209,7 +209,7 @@ void TestDashboardView::keptFactsShowAtOnce()
     QTRY_COMPARE(m_model->connection(), DashboardViewModel::Connection::Failed);
     QCOMPARE(view.page().state(), State::Content);
     QCOMPARE(view.content().trouble(),
-             u"The connection failed: ssh: connect to host h port 22: Connection refused"_s);
+             m_model->connectionErrorMessage() + u"\nssh: connect to host h port 22: Connection refused"_s);
 }
 
 void TestDashboardView::aFailureIsPutBeforeTheOperator()
