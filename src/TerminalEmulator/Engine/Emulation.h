@@ -211,6 +211,7 @@ private:
     void cursorDown(int count);
     void cursorForward(int count);
     void cursorBack(int count);
+    bool beginsText(bool isTop) const;
     void tabForward(int count);
     void tabBack(int count);
     void resetTabs();
@@ -460,12 +461,13 @@ private:
     bool m_statusDisplayActive = false; ///< what would go to the page is dropped
     int m_statusDisplay = 0;
 
-    struct SavedTitle {
-        std::string title;
-        std::string iconName;
+    struct SavedTitles {
+        std::optional<std::string> title;
+        std::optional<std::string> iconName;
     };
 
-    std::vector<SavedTitle> m_titleStack;
+    std::array<SavedTitles, 10> m_titleStack; ///< also written and read by number, without regard to the depth
+    size_t m_titleDepth = 0;
 
     struct {
         int x = 0;

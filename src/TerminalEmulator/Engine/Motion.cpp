@@ -160,8 +160,20 @@ void Emulation::cursorForward(int count)
     m_pendingWrap = false;
 }
 
-/// With reverse wraparound (45) the cursor goes back over the left edge to the line before, unless a line feed
-/// ended that one; with the extended form (1045) always. From the top it goes to the bottom.
+/// Whether a text begins at the cursor, which is at the left edge, rather than goes on from the line before.
+bool Emulation::beginsText(bool isTop) const
+{
+    if (!isTop && m_grid->row(m_y - 1).has(Row::Newline)) {
+        return true;
+    }
+    // Wrapping inside column margins leaves no trace in the row.
+    const bool wholeRows = m_left == 0 && m_right == columns() - 1;
+    return wholeRows && !m_grid->cell(m_y, m_x).isEmpty() && (isTop || !m_grid->row(m_y - 1).has(Row::Wrapped));
+}
+
+/// With reverse wraparound (45) the cursor goes back over the left edge to the line before, but not over the
+/// beginning of a text: a line feed ended the line before, or what stands at the edge is not the rest of it. With
+/// the extended form (1045) it always does. From the top it goes to the bottom.
 void Emulation::cursorBack(int count)
 {
     int left = m_x < m_left ? 0 : m_left;
@@ -181,10 +193,12 @@ void Emulation::cursorBack(int count)
             break;
         }
         const bool inside = inRowMargins();
-        if (m_y == (inside ? m_top : 0)) {
-            m_y = inside ? m_bottom : rows() - 1;
-        } else if (!extended && m_grid->row(m_y - 1).has(Row::Newline)) {
+        const bool isTop = m_y == (inside ? m_top : 0);
+        if (!extended && beginsText(isTop)) {
             break;
+        }
+        if (isTop) {
+            m_y = inside ? m_bottom : rows() - 1;
         } else {
             --m_y;
         }
@@ -441,22 +455,20 @@ void Emulation::decrc(const Sequence & /*s*/)
 void Emulation::decbi(const Sequence & /*s*/)
 {
     m_pendingWrap = false;
-    if (inColumnMargins() && inRowMargins() && m_x == m_left) {
+    if (m_x != m_left) {
+        m_x = std::max(m_x - 1, 0);
+    } else if (inRowMargins()) {
         shiftColumns(m_left, 1, true);
-    } else if (m_x > 0 && m_x != m_left) {
-        --m_x;
-    } else if (m_x > 0 && !inRowMargins()) {
-        --m_x;
     }
 }
 
 void Emulation::decfi(const Sequence & /*s*/)
 {
     m_pendingWrap = false;
-    if (inColumnMargins() && inRowMargins() && m_x == m_right) {
+    if (m_x != m_right) {
+        m_x = std::min(m_x + 1, columns() - 1);
+    } else if (inRowMargins()) {
         shiftColumns(m_left, 1, false);
-    } else if (m_x < columns() - 1) {
-        ++m_x;
     }
 }
 

@@ -82,6 +82,8 @@ void Emulation::fullReset()
     m_palette.reset();
     m_paletteStack.clear();
     m_titleModes = 0;
+    m_titleStack = {};
+    m_titleDepth = 0;
     m_locator = {};
     m_statusDisplay = 0;
     m_naturalTop.reset();

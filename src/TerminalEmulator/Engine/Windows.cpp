@@ -12,7 +12,6 @@ namespace
 /// The engine has no window; reports speak of one on a screen of this size, at the position it was last moved to.
 constexpr int ScreenWidth = 1920;
 constexpr int ScreenHeight = 1080;
-constexpr size_t MaxTitles = 10;
 
 } // namespace
 
@@ -163,39 +162,51 @@ void Emulation::titleReport(char kind, const std::string &text)
     replyOsc(body, false);
 }
 
-/// `place`: 0 for the top of the stack, or the number of an entry, which is written or read where it is.
+/// `which`: 0 both, 1 icon name, 2 title. `place`: 0 for the top of the stack, or the number of an entry, which is
+/// written or read where it is.
 void Emulation::pushTitle(int which, int place)
 {
-    if (which > 2 || place > static_cast<int>(MaxTitles)) {
+    if (which > 2 || place > static_cast<int>(m_titleStack.size())) {
         return;
     }
-    if (place > 0) {
-        m_titleStack.resize(std::max(m_titleStack.size(), static_cast<size_t>(place)));
-        m_titleStack[static_cast<size_t>(place) - 1] = {m_title, m_iconName};
-        return;
+    if (place == 0 && m_titleDepth == m_titleStack.size()) {
+        std::rotate(m_titleStack.begin(), m_titleStack.begin() + 1, m_titleStack.end());
+        --m_titleDepth;
     }
-    if (m_titleStack.size() >= MaxTitles) {
-        m_titleStack.erase(m_titleStack.begin());
-    }
-    m_titleStack.push_back({m_title, m_iconName});
-}
-
-void Emulation::popTitle(int which, int place)
-{
-    if (m_titleStack.empty() || which > 2 || place > static_cast<int>(m_titleStack.size())) {
-        return;
-    }
-    const SavedTitle saved = m_titleStack[place > 0 ? static_cast<size_t>(place) - 1 : m_titleStack.size() - 1];
-    if (place <= 0) {
-        m_titleStack.pop_back();
+    SavedTitles &saved = m_titleStack[place > 0 ? static_cast<size_t>(place) - 1 : m_titleDepth++];
+    saved = {};
+    if (which != 1) {
+        saved.title = m_title;
     }
     if (which != 2) {
-        m_iconName = saved.iconName;
+        saved.iconName = m_iconName;
+    }
+}
+
+/// What the entry does not have comes from the one below that has it: the two may have been saved one by one.
+void Emulation::popTitle(int which, int place)
+{
+    if (which > 2 || place > static_cast<int>(m_titleStack.size()) || (place == 0 && m_titleDepth == 0)) {
+        return;
+    }
+    const size_t entry = place > 0 ? static_cast<size_t>(place) - 1 : --m_titleDepth;
+    const auto find = [&](std::optional<std::string> SavedTitles::*part) {
+        size_t at = entry;
+        while (place == 0 && at > 0 && !(m_titleStack[at].*part)) {
+            --at;
+        }
+        return m_titleStack[at].*part;
+    };
+    if (const auto saved = find(&SavedTitles::iconName); saved && which != 2) {
+        m_iconName = *saved;
         emitEvent({Event::Kind::IconName, m_iconName, {}});
     }
-    if (which != 1) {
-        m_title = saved.title;
+    if (const auto saved = find(&SavedTitles::title); saved && which != 1) {
+        m_title = *saved;
         emitEvent({Event::Kind::Title, m_title, {}});
+    }
+    if (place == 0) {
+        m_titleStack[entry] = {};
     }
 }
 

@@ -15,6 +15,7 @@ CASES = [
     ("RIS resets the tabs", r"\e[3g\ec\t", {"at": "1;9"}),
     ("RIS leaves the alternate screen", r"abc\e[?1049h\ec\e[?1049$p", {"asks": [("", r"\e[?1049;2$y")]}),
     ("RIS resets the title modes", r"\e[>0;1t\ec\e]2;ab\e\\", {"asks": [(r"\e[21t", r"\e]lab\e\\")]}),
+    ("RIS empties the stack of titles", r"\e]0;ab\e\\\e[22t\ec\e]0;cd\e\\\e[23t", {"asks": [(r"\e[21t", r"\e]lcd\e\\")]}),
     ("RIS ends 132 columns", r"\e[?40h\e[?3h\ec", {"asks": [(r"\e[18t", r"\e[8;25;80t")], "kernel": "25x80"}),
     ("RIS resets the margins and origin mode", r"\e[3;6r\e[?6h\ec",
      {"asks": [(r"\eP$qr\e\\\e[?6$p", r"\eP1$r1;25r\e\\\e[?6;2$y")]}),
