@@ -1,3 +1,4 @@
+#include "TerminalEmulator/Engine/ColorNames.h"
 #include "TerminalEmulator/Engine/DeviceColor.h"
 
 #include <algorithm>
@@ -69,43 +70,11 @@ std::optional<DeepColor> scaled(std::string_view text)
     return fields ? std::optional(DeepColor{parts[0], parts[1], parts[2]}) : std::nullopt;
 }
 
-struct Named {
-    std::string_view name;
-    uint32_t rgb;
-};
-
-// The names of X11's rgb.txt that programs use in practice.
-constexpr Named Names[] = {
-    {"aqua", 0x00ffff},       {"beige", 0xf5f5dc},     {"black", 0x000000},     {"blue", 0x0000ff},
-    {"brown", 0xa52a2a},      {"chocolate", 0xd2691e}, {"coral", 0xff7f50},     {"cyan", 0x00ffff},
-    {"darkblue", 0x00008b},   {"darkgray", 0xa9a9a9},  {"darkgreen", 0x006400}, {"darkgrey", 0xa9a9a9},
-    {"darkorange", 0xff8c00}, {"darkred", 0x8b0000},   {"fuchsia", 0xff00ff},   {"gold", 0xffd700},
-    {"gray", 0xbebebe},       {"green", 0x00ff00},     {"grey", 0xbebebe},      {"indigo", 0x4b0082},
-    {"ivory", 0xfffff0},      {"khaki", 0xf0e68c},     {"lightblue", 0xadd8e6}, {"lightgray", 0xd3d3d3},
-    {"lightgreen", 0x90ee90}, {"lightgrey", 0xd3d3d3}, {"lime", 0x00ff00},      {"linen", 0xfaf0e6},
-    {"magenta", 0xff00ff},    {"maroon", 0xb03060},    {"navy", 0x000080},      {"olive", 0x808000},
-    {"orange", 0xffa500},     {"orchid", 0xda70d6},    {"pink", 0xffc0cb},      {"plum", 0xdda0dd},
-    {"purple", 0xa020f0},     {"red", 0xff0000},       {"salmon", 0xfa8072},    {"silver", 0xc0c0c0},
-    {"skyblue", 0x87ceeb},    {"steelblue", 0x4682b4}, {"tan", 0xd2b48c},       {"teal", 0x008080},
-    {"tomato", 0xff6347},     {"turquoise", 0x40e0d0}, {"violet", 0xee82ee},    {"wheat", 0xf5deb3},
-    {"white", 0xffffff},      {"yellow", 0xffff00},
-};
-
 std::optional<DeepColor> named(std::string_view text)
 {
-    std::string name;
-    for (const char each : text.substr(0, 32)) {
-        if (each != ' ') {
-            name += each >= 'A' && each <= 'Z' ? static_cast<char>(each + 32) : each;
-        }
-    }
-    const auto *found =
-        std::find_if(std::begin(Names), std::end(Names), [&](const Named &each) { return each.name == name; });
-    if (found == std::end(Names)) {
-        return std::nullopt;
-    }
-    const auto part = [&](int shift) { return static_cast<uint16_t>((found->rgb >> shift & 0xff) * 0x101); };
-    return DeepColor{part(16), part(8), part(0)};
+    const std::optional<uint32_t> rgb = namedColor(text);
+    const auto part = [&](int shift) { return static_cast<uint16_t>((*rgb >> shift & 0xff) * 0x101); };
+    return rgb ? std::optional(DeepColor{part(16), part(8), part(0)}) : std::nullopt;
 }
 
 } // namespace

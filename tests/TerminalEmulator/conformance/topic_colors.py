@@ -8,7 +8,9 @@ NOTATIONS = (("#fff", "f0f0/f0f0/f0f0"), ("#ffffff", "ffff/ffff/ffff"), ("#fff00
              ("CIEXYZ:1/1/1", "ffff/ffff/ffff"), ("CIEuvY:1/1/1", "ffff/ffff/ffff"), ("CIExyY:1/1/1",
              "ffff/ffff/ffff"), ("CIELab:1/1/1", "6c6c/6767/6767"),
              ("CIELuv:1/1/1", "1616/1414/0e0e"), ("TekHVC:1/1/1", "1a1a/1313/0f0f"),
-             ("red", "ffff/0000/0000"), ("DarkGreen", "0000/6464/0000"), ("dark green", "0000/6464/0000"))
+             ("red", "ffff/0000/0000"), ("DarkGreen", "0000/6464/0000"), ("dark green", "0000/6464/0000"),
+             ("grey50", "7f7f/7f7f/7f7f"), ("gray100", "ffff/ffff/ffff"), ("Navy Blue", "0000/0000/8080"),
+             ("SlateGrey3", "9f9f/b6b6/cdcd"), ("red3", "cdcd/0000/0000"))
 
 
 def notation(spec, color):
@@ -49,7 +51,8 @@ CASES = [
      {"asks": [(r"\e]4;1;?;2;?\e\\", r"\e]4;1;rgb:cdcd/0000/0000\e\\\e]4;2;rgb:0000/cdcd/0000\e\\")]}),
     ("OSC 105 resets all special ones", r"\e]5;0;#111111;1;#222222\e\\\e]105\e\\",
      {"asks": [(r"\e]5;0;?\e\\", r"(?s)\\e\]5;0;rgb:(?!1111)[0-9a-f/]+\\e\\\\")]}),
-    ("what is no colour changes nothing", r"\e]4;1;rgb:1/2\e\\\e]4;1;#12345\e\\\e]4;1;nosuchcolor\e\\",
+    ("what is no colour changes nothing", r"\e]4;1;rgb:1/2\e\\\e]4;1;#12345\e\\\e]4;1;nosuchcolor\e\\" +
+     r"\e]4;1;red5\e\\\e]4;1;gray101\e\\\e]4;1;gray05\e\\\e]4;1;3\e\\\e]4;1;\e\\",
      {"asks": [(r"\e]4;1;?\e\\", r"\e]4;1;rgb:cdcd/0000/0000\e\\")]}),
     ("a colour beyond the last", "", {"asks": [(r"\e]4;999;?\e\\", "")]}),
     ("XTPUSHCOLORS and XTPOPCOLORS", r"\e[#P\e]4;1;#111111\e\\\e[#Q",
