@@ -428,7 +428,16 @@ private:
     bool m_penKnown = true;
     Cell m_blank;
     bool m_blankKnown = true;
-    std::vector<Style> m_penStack;
+
+    struct SavedPen {
+        Style style;
+        uint16_t flags = 0; ///< those of its flags that were saved
+        bool underline = false;
+        bool foreground = false;
+        bool background = false;
+    };
+
+    std::vector<SavedPen> m_penStack;
     Protection m_protection = Protection::Off;
 
     std::array<bool, static_cast<size_t>(Mode::Count)> m_modes{};
@@ -456,8 +465,9 @@ private:
     int m_attributeExtent = 0; ///< DECSACE: 2 a rectangle, else the stream of positions
     int m_checksumFlags = 0;
     int m_titleModes = 0;
-    std::array<int, 2> m_bellVolumes{}; ///< warning (DECSWBV) and margin (DECSMBV), only told
-    std::vector<Palette> m_paletteStack;
+    std::array<int, 2> m_bellVolumes{};                 ///< warning (DECSWBV) and margin (DECSMBV), only told
+    std::vector<std::optional<Palette>> m_paletteStack; ///< also written and read by number, whatever the depth
+    size_t m_paletteDepth = 0;
     bool m_statusDisplayActive = false; ///< what would go to the page is dropped
     int m_statusDisplay = 0;
 
@@ -466,7 +476,7 @@ private:
         std::optional<std::string> iconName;
     };
 
-    std::array<SavedTitles, 10> m_titleStack; ///< also written and read by number, without regard to the depth
+    std::array<SavedTitles, 10> m_titleStack; ///< also written and read by number, whatever the depth
     size_t m_titleDepth = 0;
 
     struct {

@@ -212,21 +212,50 @@ void Emulation::decscusr(const Sequence &s)
     }
 }
 
-void Emulation::pushSgr(const Sequence & /*s*/)
+/// XTPUSHSGR: saves what the parameters name, as SGR does and with 30 and 31 (once 10 and 11) for the two colours;
+/// all of it without parameters.
+void Emulation::pushSgr(const Sequence &s)
 {
-    if (m_penStack.size() < 10) {
-        m_penStack.push_back(m_pen);
+    if (m_penStack.size() >= 10) {
+        return;
     }
+    SavedPen saved{m_pen, 0, false, false, false};
+    if (s.count == 0) {
+        saved = {m_pen, static_cast<uint16_t>(~Style::Protected), true, true, true};
+    }
+    for (int at = 0; at < s.count; ++at) {
+        const int code = s.value(at);
+        Style named;
+        applySgr(named, code);
+        const unsigned rapid = code == 5 ? Style::RapidBlink : 0u;
+        saved.flags = static_cast<uint16_t>(saved.flags | named.flags | rapid);
+        saved.underline = saved.underline || code == 4 || code == 21;
+        saved.foreground = saved.foreground || code == 30 || code == 10;
+        saved.background = saved.background || code == 31 || code == 11;
+    }
+    m_penStack.push_back(saved);
 }
 
+/// XTPOPSGR: brings back what was saved and leaves the rest.
 void Emulation::popSgr(const Sequence & /*s*/)
 {
-    if (!m_penStack.empty()) {
-        m_pen = m_penStack.back();
-        m_pen.link = m_currentLink;
-        m_penStack.pop_back();
-        penChanged();
+    if (m_penStack.empty()) {
+        return;
     }
+    const SavedPen saved = m_penStack.back();
+    m_penStack.pop_back();
+    m_pen.flags = static_cast<uint16_t>((m_pen.flags & ~saved.flags) | (saved.style.flags & saved.flags));
+    if (saved.underline) {
+        m_pen.underline = saved.style.underline;
+        m_pen.underlineColor = saved.style.underlineColor;
+    }
+    if (saved.foreground) {
+        m_pen.foreground = saved.style.foreground;
+    }
+    if (saved.background) {
+        m_pen.background = saved.style.background;
+    }
+    penChanged();
 }
 
 /// XTREPORTSGR: the rendition all cells of a rectangle share.

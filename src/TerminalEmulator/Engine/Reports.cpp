@@ -302,27 +302,41 @@ void Emulation::bellVolume(const Sequence &s)
     }
 }
 
-void Emulation::pushColors(const Sequence & /*s*/)
+/// XTPUSHCOLORS: without a number onto the stack, else into its entry of that number.
+void Emulation::pushColors(const Sequence &s)
 {
-    if (m_paletteStack.size() < 10) {
-        m_paletteStack.push_back(m_palette);
+    constexpr size_t Most = 10;
+    const auto number = static_cast<size_t>(s.value(0));
+    const size_t entry = number > 0 ? number - 1 : m_paletteDepth;
+    if (entry < Most) {
+        m_paletteStack.resize(std::max(m_paletteStack.size(), entry + 1));
+        m_paletteStack[entry] = m_palette;
+        m_paletteDepth += number > 0 ? 0 : 1;
     }
 }
 
-void Emulation::popColors(const Sequence & /*s*/)
+void Emulation::popColors(const Sequence &s)
 {
-    if (!m_paletteStack.empty()) {
-        m_palette = m_paletteStack.back();
-        m_paletteStack.pop_back();
-        m_allDamaged = true;
-        emitEvent({Event::Kind::PaletteChanged, {}, {}});
+    const auto number = static_cast<size_t>(s.value(0));
+    const size_t entry = (number > 0 ? number : m_paletteDepth) - 1;
+    if (entry >= m_paletteStack.size() || !m_paletteStack[entry]) {
+        return;
     }
+    m_palette = *m_paletteStack[entry];
+    if (number == 0) {
+        m_paletteStack[entry].reset();
+        --m_paletteDepth;
+    }
+    m_allDamaged = true;
+    emitEvent({Event::Kind::PaletteChanged, {}, {}});
 }
 
+/// XTREPORTCOLORS: how deep the stack is, and how many of its entries hold something.
 void Emulation::reportColors(const Sequence & /*s*/)
 {
-    const std::string depth = std::to_string(m_paletteStack.size());
-    replyCsi("?" + depth + ';' + depth + "#Q");
+    const auto stored = std::count_if(m_paletteStack.begin(), m_paletteStack.end(),
+                                      [](const std::optional<Palette> &each) { return each.has_value(); });
+    replyCsi("?" + std::to_string(m_paletteDepth) + ';' + std::to_string(stored) + "#Q");
 }
 
 void Emulation::decelr(const Sequence &s)

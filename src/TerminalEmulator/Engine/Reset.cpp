@@ -81,6 +81,7 @@ void Emulation::fullReset()
     resetTabs();
     m_palette.reset();
     m_paletteStack.clear();
+    m_paletteDepth = 0;
     m_titleModes = 0;
     m_titleStack = {};
     m_titleDepth = 0;

@@ -57,4 +57,9 @@ CASES = [
     ("a colour beyond the last", "", {"asks": [(r"\e]4;999;?\e\\", "")]}),
     ("XTPUSHCOLORS and XTPOPCOLORS", r"\e[#P\e]4;1;#111111\e\\\e[#Q",
      {"asks": [(r"\e]4;1;?\e\\", r"\e]4;1;rgb:cdcd/0000/0000\e\\")]}),
+    ("XTPUSHCOLORS into an entry and XTPOPCOLORS from it", r"\e[3#P\e]4;1;#111111\e\\" +
+     r"\e[#Q\e[2#Q\e[#P\e]4;1;#222222\e\\",
+     {"asks": [(r"\e]4;1;?\e\\\e[#R", r"\e]4;1;rgb:2222/2222/2222\e\\\e[?1;2#Q"),
+               (r"\e[3#Q\e]4;1;?\e\\", r"\e]4;1;rgb:cdcd/0000/0000\e\\"),
+               (r"\e[#Q\e[11#Q\e]4;1;?\e\\\e[#R", r"\e]4;1;rgb:1111/1111/1111\e\\\e[?0;1#Q")]}),
 ]

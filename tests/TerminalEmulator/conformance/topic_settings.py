@@ -47,5 +47,8 @@ CASES = [
     told("SGR direct colours", r"\e[38;2;1;2;3;48:2::4:5:6m", "m", "0;38:2::1:2:3;48:2::4:5:6"),
     told("SGR taken back", r"\e[1;4;7;31m\e[22;24;27;39m", "m", "0"),
     told("XTPUSHSGR and XTPOPSGR", r"\e[1m\e[#{\e[0;4m\e[#}", "m", "0;1"),
+    told("XTPUSHSGR of some attributes", r"\e[1;3;4;31;42m\e[1;4;31#{\e[0;7;33m\e[#}", "m", "0;1;4;7;33;42"),
+    told("XTPUSHSGR of attributes that are off", r"\e[5;30#p\e[5;6;7;31m\e[#q", "m", "0;7"),
+    told("XTPUSHSGR of none", r"\e[1m\e[0#{\e[0;4m\e[#}", "m", "0;4"),
     ("an unknown setting", "", {"asks": [(r"\eP$qx\e\\", r"\eP0$r\e\\")]}),
 ]
