@@ -361,6 +361,7 @@ private:
     void decrqpsr(const Sequence &s);
     void decrqde(const Sequence &s);
     void decrqupss(const Sequence &s);
+    void assignPreferredSet(int size, std::string_view designator);
     void decrqtsr(const Sequence &s);
     void bellVolume(const Sequence &s);
     void pushColors(const Sequence &s);
@@ -443,8 +444,9 @@ private:
     std::array<bool, static_cast<size_t>(Mode::Count)> m_modes{};
     std::array<bool, static_cast<size_t>(Mode::Count)> m_savedModes{};
     Charsets m_charsets;
-    uint8_t m_singleShift = 0; ///< 2 or 3 for the next character
-    bool m_plainText = true;   ///< ASCII goes to the screen as it is: no character set, insert mode or shift
+    Charset m_preferredSet = Charset::DecSupplemental; ///< DECAUPSS
+    uint8_t m_singleShift = 0;                         ///< 2 or 3 for the next character
+    bool m_plainText = true; ///< ASCII goes to the screen as it is: no character set, insert mode or shift
     unicode::Segmenter m_segmenter;
     bool m_afterPrepend = false;
     bool m_controlSeen = false; ///< a C1 control came as UTF-8: the parser's state may have changed

@@ -300,8 +300,8 @@ void Emulation::designate(const Sequence &s)
         name[1] = s.final;
         length = 2;
     }
-    bool found = false;
-    const Charset set = charsetFor({name, length}, is96, found);
+    bool found = s.final == '<' && length == 1;
+    const Charset set = found ? m_preferredSet : charsetFor({name, length}, is96, found);
     if (found) {
         m_charsets.designated[is96 ? slot - 3 : slot] = set;
         updateTextPath();

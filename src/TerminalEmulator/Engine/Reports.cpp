@@ -268,7 +268,17 @@ void Emulation::decrqde(const Sequence & /*s*/)
 
 void Emulation::decrqupss(const Sequence & /*s*/)
 {
-    replyDcs("0!u%5");
+    replyDcs((has96(m_preferredSet) ? "1!u" : "0!u") + std::string(designatorOf(m_preferredSet)));
+}
+
+/// DECAUPSS: the set that "<" designates. `size` is 0 for one of 94 characters, 1 for one of 96.
+void Emulation::assignPreferredSet(int size, std::string_view designator)
+{
+    bool found = false;
+    const Charset set = charsetFor(designator, size == 1, found);
+    if (found && size <= 1 && (set == Charset::DecSupplemental || set == Charset::Latin1)) {
+        m_preferredSet = set;
+    }
 }
 
 /// DECRQTSR: 2 asks for the colour table (DECCTR), as percentages of red, green and blue.
@@ -451,6 +461,11 @@ void Emulation::deviceControl(const Sequence &s, std::string_view data)
         break;
     case Sequence::key(0, '+', 0, 'q'):
         xtgettcap(data);
+        break;
+    case Sequence::key(0, '!', 0, 'u'):
+        if (m_level >= 3) {
+            assignPreferredSet(s.value(0), data);
+        }
         break;
     case Sequence::key(0, '$', 0, 't'):
         if (!m_statusDisplayActive) {

@@ -16,6 +16,7 @@ void Emulation::softReset()
     m_keyOptions = {};
     resetMargins();
     m_charsets = {};
+    m_preferredSet = Charset::DecSupplemental;
     m_singleShift = 0;
     m_protection = Protection::Off;
     m_pen = {};

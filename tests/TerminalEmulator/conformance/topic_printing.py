@@ -20,6 +20,8 @@ CASES = [
     ("British", r"\e(A#\e(B\e[50#y", {"asks": [(r"\e[1;1;1;1;1;1*y", r"\eP1!~FF5D\e\\")]}),
     ("German needs DECNRCM", r"\e(K[\e(B", {"shows": {1: "["}}),
     ("German with DECNRCM", r"\e[?42h\e(K[\e(B\e[50#y", {"asks": [(r"\e[1;1;1;1;1;1*y", r"\eP1!~FF3C\e\\")]}),
+    ("the preferred supplemental set", r"\e(<W\eP1!uA\e\\\e(<W\e(B\e[50#y",
+     {"asks": [(r"\e[1;1;1;1;1;1*y\e[2;1;1;2;1;2*y", r"\eP1!~FEAE\e\\\eP2!~FF29\e\\")]}),
     ("UTF-8", r"\xe2\x82\xac\e[18#y", {"at": "1;2", "asks": [(r"\e[1;1;1;1;1;1*y", r"\eP1!~DF54\e\\")]}),
     ("a wide character takes two columns", r"\xe6\xbc\xa2", {"at": "1;3"}),
     ("a wide character wraps whole", r"\e[1;80H\xe6\xbc\xa2", {"at": "2;3", "first": 80, "shows": {1: " "}}),
