@@ -160,7 +160,8 @@ void Emulation::cursorForward(int count)
     m_pendingWrap = false;
 }
 
-/// Whether a text begins at the cursor, which is at the left edge, rather than goes on from the line before.
+/// Whether the cursor, which is at the left edge, is in a line that begins a text rather than goes on with the one
+/// before.
 bool Emulation::beginsText(bool isTop) const
 {
     if (!isTop && m_grid->row(m_y - 1).has(Row::Newline)) {
@@ -168,12 +169,16 @@ bool Emulation::beginsText(bool isTop) const
     }
     // Wrapping inside column margins leaves no trace in the row.
     const bool wholeRows = m_left == 0 && m_right == columns() - 1;
-    return wholeRows && !m_grid->cell(m_y, m_x).isEmpty() && (isTop || !m_grid->row(m_y - 1).has(Row::Wrapped));
+    if (!wholeRows || (!isTop && m_grid->row(m_y - 1).has(Row::Wrapped))) {
+        return false;
+    }
+    const Row &row = m_grid->row(m_y);
+    return std::any_of(row.cells, row.cells + row.length, [](const Cell &cell) { return !cell.isEmpty(); });
 }
 
 /// With reverse wraparound (45) the cursor goes back over the left edge to the line before, but not over the
-/// beginning of a text: a line feed ended the line before, or what stands at the edge is not the rest of it. With
-/// the extended form (1045) it always does. From the top it goes to the bottom.
+/// beginning of a text: a line feed ended the line before, or there is text in this one that is not the rest of it.
+/// With the extended form (1045) it always does. From the top it goes to the bottom.
 void Emulation::cursorBack(int count)
 {
     int left = m_x < m_left ? 0 : m_left;

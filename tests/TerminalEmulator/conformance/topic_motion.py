@@ -62,6 +62,8 @@ CASES = [
     ("reverse wraparound does not cross a line feed", r"\e[?45hone\r\ntwo\e[9D", {"at": "2;1"}),
     ("reverse wraparound crosses a wrapped line", r"\e[?45h\e[1;79Habcd\e[3D", {"at": "1;80"}),
     ("reverse wraparound stops where a text begins", r"\e[?45h\e[3;1H" + "x" * 90 + r"\e[200D", {"at": "3;1"}),
+    ("reverse wraparound stops in the line where a text begins", r"\e[?45h\e[3;8H" + "x" * 90 + r"\e[200D",
+     {"at": "3;1"}),
     ("reverse wraparound goes on from a blank line", r"\e[?45h\e[2;1Hx\e[3;1H\b", {"at": "2;80"}),
     ("reverse wraparound does not leave a text at the top", r"\e[?45hx\e[99D", {"at": "1;1"}),
     ("reverse wraparound of a blank page goes round at the top", r"\e[?45h\b", {"at": "25;80"}),
