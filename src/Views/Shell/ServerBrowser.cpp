@@ -82,8 +82,9 @@ void ServerBrowser::contextMenuEvent(QContextMenuEvent *event)
     const QModelIndex index =
         isByKey ? m_list->currentIndex() : m_list->indexAt(viewport->mapFromGlobal(event->globalPos()));
     if (index.isValid() && showsRows()) {
-        Q_EMIT menuRequested(index, isByKey ? viewport->mapToGlobal(m_list->visualRect(index).center())
-                                            : event->globalPos());
+        Q_EMIT menuRequested(index.data(ServerListModel::IdRole).toUuid(),
+                             isByKey ? viewport->mapToGlobal(m_list->visualRect(index).center())
+                                     : event->globalPos());
     }
     event->accept();
 }

@@ -40,8 +40,8 @@ Q_SIGNALS:
     /// The current row was clicked, or taken by the keyboard.
     void chosen();
 
-    /// The menu of a row is wanted, at a place on the screen. The row is not current by that.
-    void menuRequested(const QModelIndex &index, const QPoint &place);
+    /// The menu of a server is wanted, at a place on the screen. Its row is not current by that.
+    void menuRequested(const QUuid &server, const QPoint &place);
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;

@@ -90,9 +90,7 @@ void ServerListView::connectList()
     });
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, &m_rest, qOverload<>(&QTimer::start));
     connect(m_browser, &ServerBrowser::chosen, this, &ServerListView::selectCurrent);
-    connect(m_browser, &ServerBrowser::menuRequested, this, [this](const QModelIndex &index, const QPoint &place) {
-        openMenu(index.data(ServerListModel::IdRole).toUuid(), place);
-    });
+    connect(m_browser, &ServerBrowser::menuRequested, this, &ServerListView::openMenu);
     // Where the current row goes, the list makes a neighbour the current one. Nobody has chosen that.
     connect(m_model, &ServerListModel::rowsRemoved, this, &ServerListView::dropPendingSelection);
     connect(m_model, &ServerListModel::modelReset, this, &ServerListView::dropPendingSelection);

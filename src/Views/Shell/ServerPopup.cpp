@@ -47,10 +47,9 @@ ServerPopup::ServerPopup(const Theme &theme, ServerStore &store, QWidget *parent
     column->addWidget(footer);
 
     connect(m_browser, &ServerBrowser::chosen, this, &ServerPopup::choose);
-    connect(m_browser, &ServerBrowser::menuRequested, this, [this](const QModelIndex &index, const QPoint &place) {
-        const QUuid id = index.data(ServerListModel::IdRole).toUuid();
+    connect(m_browser, &ServerBrowser::menuRequested, this, [this](const QUuid &server, const QPoint &place) {
         close();
-        Q_EMIT menuRequested(id, place);
+        Q_EMIT menuRequested(server, place);
     });
     connect(m_add, &QPushButton::clicked, this, [this] {
         close();
