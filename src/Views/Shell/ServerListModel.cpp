@@ -157,6 +157,18 @@ QString ServerListModel::stateText(State state)
     return tr("Not connected");
 }
 
+ServerListModel::State ServerListModel::currentState(const Server &server) const
+{
+    return stateOf(server, m_connecting.contains(server.id));
+}
+
+/// All that a row tells, in words.
+QStringList ServerListModel::description(const Server &server) const
+{
+    return QStringList{PlainText::oneLine(server.name), address(server), stateText(currentState(server))} +
+           labels(server);
+}
+
 const Server *ServerListModel::serverAt(int row) const
 {
     const int storeRow = m_rows.value(row, -1);
@@ -174,15 +186,9 @@ QVariant ServerListModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
         return PlainText::oneLine(server.name);
     case Qt::ToolTipRole:
-        return PlainText::toolTip((QStringList{PlainText::oneLine(server.name), address(server),
-                                               stateText(stateOf(server, m_connecting.contains(server.id)))} +
-                                   labels(server))
-                                      .join(u'\n'));
+        return PlainText::toolTip(description(server).join(u'\n'));
     case Qt::AccessibleTextRole:
-        return (QStringList{PlainText::oneLine(server.name), address(server),
-                            stateText(stateOf(server, m_connecting.contains(server.id)))} +
-                labels(server))
-            .join(u", "_s);
+        return description(server).join(u", "_s);
     case AddressRole:
         return address(server);
     case IdRole:
@@ -192,7 +198,7 @@ QVariant ServerListModel::data(const QModelIndex &index, int role) const
     case HasLabelsRole:
         return !server.labels.isEmpty();
     case StateRole:
-        return QVariant::fromValue(stateOf(server, m_connecting.contains(server.id)));
+        return QVariant::fromValue(currentState(server));
     default:
         return {};
     }

@@ -49,6 +49,8 @@ public:
 
 private:
     const Server *serverAt(int row) const;
+    State currentState(const Server &server) const;
+    QStringList description(const Server &server) const;
     QList<int> filteredServers();
     QList<int> filteredAmongShown();
     qsizetype positionOf(qsizetype storeRow) const;
